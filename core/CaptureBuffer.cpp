@@ -1,0 +1,165 @@
+#include "core/CaptureBuffer.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace orvane {
+namespace {
+
+constexpr double kLowestNote = 27.5;  // hertz, A0
+constexpr double kPeriodsPerBlock = 1.5;
+
+// A buffer with no channels holds no frame.
+UInt32 quotient(UInt32 dividend, UInt32 channels) {
+  return channels == 0 ? 0 : dividend / channels;
+}
+
+const float *samplesOf(const AudioBuffer &buffer) {
+  return static_cast<const float *>(buffer.mData);
+}
+
+// How many leading buffers have the bytes per channel of the first.
+UInt32 countMatchingBuffers(const AudioBufferList &list) {
+  const AudioBuffer *buffers = list.mBuffers;
+  const UInt32 expected = quotient(buffers[0].mDataByteSize, buffers[0].mNumberChannels);
+  UInt32 count = 1;
+  while (count < list.mNumberBuffers &&
+         quotient(buffers[count].mDataByteSize, buffers[count].mNumberChannels) == expected)
+    ++count;
+  return count;
+}
+
+// A mono source copied into both channels would read 6 dB hot when summed.
+bool isDuplicatedStereo(const float *samples, UInt32 frames) {
+  for (UInt32 f = 0; f < frames; ++f) {
+    if (!(samples[2 * f] == samples[2 * f + 1]))
+      return false;
+  }
+  return true;
+}
+
+template <UInt32 Channels>
+void addChannels(float *sums, const float *samples, UInt32 frames) {
+  for (UInt32 f = 0; f < frames; ++f) {
+    float sum = sums[f];
+    for (UInt32 c = 0; c < Channels; ++c)
+      sum += samples[f * Channels + c];
+    sums[f] = sum;
+  }
+}
+
+void addChannels(float *sums, const float *samples, UInt32 frames, UInt32 channels) {
+  if (channels == 1)
+    return addChannels<1>(sums, samples, frames);
+  if (channels == 2)
+    return addChannels<2>(sums, samples, frames);
+  for (UInt32 f = 0; f < frames; ++f, samples += channels) {
+    float sum = sums[f];
+    for (UInt32 c = 0; c < channels; ++c)
+      sum += samples[c];
+    sums[f] = sum;
+  }
+}
+
+// Not-a-number fails both comparisons and is kept.
+void clamp(float *samples, UInt32 frames) {
+  for (UInt32 f = 0; f < frames; ++f) {
+    const float x = samples[f];
+    samples[f] = x > 1.0F ? 1.0F : x < -1.0F ? -1.0F : x;
+  }
+}
+
+// Frames first to first + frames − 1 of the leading buffers, folded into mono.
+void fold(float *mono, const AudioBuffer *buffers, UInt32 count, std::size_t first, UInt32 frames,
+          bool halve) {
+  std::fill_n(mono, frames, 0.0F);
+  for (UInt32 k = 0; k < count; ++k) {
+    const AudioBuffer &buffer = buffers[k];
+    if (buffer.mNumberChannels == 0 || buffer.mData == nullptr)
+      continue;
+    addChannels(mono, samplesOf(buffer) + first * buffer.mNumberChannels, frames,
+                buffer.mNumberChannels);
+  }
+  if (halve) {
+    for (UInt32 f = 0; f < frames; ++f)
+      mono[f] *= 0.5F;
+  }
+  clamp(mono, frames);
+}
+
+}  // namespace
+
+CaptureBuffer::~CaptureBuffer() {
+  std::free(mBuffer);
+}
+
+void CaptureBuffer::setSampleRate(double sampleRate) noexcept {
+  mSampleRate.store(static_cast<float>(sampleRate), std::memory_order_relaxed);
+  mIsBufferInvalid.store(true, std::memory_order_release);
+}
+
+bool CaptureBuffer::updateSampleRate(double sampleRate) noexcept {
+  if (sampleRate == static_cast<double>(mSampleRate.load(std::memory_order_relaxed)))
+    return false;
+  setSampleRate(sampleRate);
+  return true;
+}
+
+void CaptureBuffer::deriveBlock() noexcept {
+  // Cleared before the rate is read: a rate that is written from here on sets it again.
+  mIsBufferInvalid.exchange(false, std::memory_order_acquire);
+  mBufferOffset = 0;
+  const double frames = static_cast<double>(mSampleRate.load(std::memory_order_relaxed)) /
+                        kLowestNote * kPeriodsPerBlock;
+  // The byte size must fit its 32-bit field too; not-a-number fails the first comparison.
+  UInt32 bufferFrames = 0;
+  if (frames >= 1.0 && frames < 1073741824.0)
+    bufferFrames = static_cast<UInt32>(frames);
+  const UInt32 bufferSize = bufferFrames * static_cast<UInt32>(sizeof(float));
+  if (bufferFrames != 0) {
+    void *grown = std::realloc(mBuffer, bufferSize);
+    if (grown == nullptr)
+      bufferFrames = 0;
+    else
+      mBuffer = static_cast<float *>(grown);
+  }
+  mBufferSize = bufferFrames == 0 ? 0 : bufferSize;
+  mBufferFrames.store(bufferFrames, std::memory_order_relaxed);
+}
+
+OSStatus CaptureBuffer::inputIOProc(const IOProcCall *call) noexcept {
+  const AudioBufferList &list = *call->inInputData;
+  if (list.mNumberBuffers == 0)
+    return noErr;
+  if (mIsBufferInvalid.load(std::memory_order_relaxed) || mBuffer == nullptr)
+    deriveBlock();
+  if (!(call->inInputTime->mSampleTime > 0.0))
+    return noErr;
+
+  const AudioBuffer *buffers = list.mBuffers;
+  const UInt32 channels = buffers[0].mNumberChannels;
+  const UInt32 samples = buffers[0].mDataByteSize / static_cast<UInt32>(sizeof(float));
+  const UInt32 frames = quotient(samples, channels);
+  const UInt32 count = countMatchingBuffers(list);
+  const bool halve = channels == 2 && count == 1 && buffers[0].mData != nullptr &&
+                     isDuplicatedStereo(samplesOf(buffers[0]), frames);
+  if (channels > samples)
+    return noErr;
+
+  const UInt32 bufferFrames = mBufferFrames.load(std::memory_order_relaxed);
+  if (bufferFrames == 0)
+    return noErr;
+  for (UInt32 f = 0; f < frames;) {
+    const UInt32 run = std::min(frames - f, bufferFrames - mBufferOffset);
+    fold(mBuffer + mBufferOffset, buffers, count, f, run, halve);
+    f += run;
+    mBufferOffset += run;
+    if (mBufferOffset >= bufferFrames) {
+      mQueue.post(CaptureBlock::withBytes(mBuffer, mBufferSize));
+      mBufferOffset = 0;
+    }
+  }
+  return noErr;
+}
+
+}  // namespace orvane

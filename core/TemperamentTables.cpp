@@ -1,0 +1,296 @@
+#include "core/TemperamentTables.h"
+
+#include <unicode/uchar.h>
+#include <unicode/ustring.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <system_error>
+#include <utility>
+
+#include "core/Utf16.h"
+
+namespace orvane {
+namespace {
+
+constexpr std::size_t kDegrees = TemperamentTables::kDegreeCount;
+constexpr std::size_t kReferenceDegree = 9;
+
+constexpr std::u16string_view kBuiltInTable =
+    u"{Pythagorean = (1.0, 1.067871094, 1.125, 1.185185185, 1.265625, 1.333333333, 1.423828125, "
+    u"1.5, 1.601806641, 1.6875, 1.777777778, 1.8984375);}";
+
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// For a number that does not fit a float: whether it is too large rather than too small.
+// number: digits, an optional fraction and an optional exponent, with a digit other than 0.
+bool isAboveOne(std::string_view number) {
+  const std::size_t mark = std::min(number.find_first_of("eE"), number.size());
+  const std::string_view mantissa = number.substr(0, mark);
+  const auto point = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa.size()));
+  const auto first = static_cast<std::int64_t>(mantissa.find_first_of("123456789"));
+  const std::int64_t magnitude = first < point ? point - first - 1 : point - first;
+
+  std::string_view digits = number.substr(std::min(mark + 1, number.size()));
+  const bool isNegative = digits.starts_with('-');
+  if (isNegative || digits.starts_with('+'))
+    digits.remove_prefix(1);
+  // No mantissa is long enough to make up for such an exponent.
+  std::int64_t exponent = std::numeric_limits<std::int32_t>::max();
+  std::int64_t parsed = 0;
+  if (digits.empty())
+    exponent = 0;
+  else if (std::from_chars(digits.data(), digits.data() + digits.size(), parsed).ec == std::errc())
+    exponent = std::min(exponent, parsed);
+  return magnitude + (isNegative ? -exponent : exponent) >= 0;
+}
+
+// The decimal number that the text begins with, after ASCII white space; 0 when there is none.
+// The number is cut out first because the library would also read "inf" and "nan"; it is rounded to
+// single precision once, not by way of double.
+float floatValue(std::string_view text) {
+  std::size_t at = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
+  const bool isNegative = at < text.size() && text[at] == '-';
+  if (isNegative || (at < text.size() && text[at] == '+'))
+    ++at;
+
+  const std::size_t start = at;
+  std::size_t digitCount = 0;
+  const auto skipDigits = [&text, &digitCount](std::size_t from) {
+    for (; from < text.size() && isDigit(text[from]); ++from)
+      ++digitCount;
+    return from;
+  };
+  at = skipDigits(at);
+  if (at < text.size() && text[at] == '.')
+    at = skipDigits(at + 1);
+  if (digitCount == 0)
+    return 0.0F;
+  if (at < text.size() && (text[at] == 'e' || text[at] == 'E')) {
+    std::size_t exponent = at + 1;
+    if (exponent < text.size() && (text[exponent] == '+' || text[exponent] == '-'))
+      ++exponent;
+    if (exponent < text.size() && isDigit(text[exponent]))
+      at = skipDigits(exponent);
+  }
+
+  const std::string_view number = text.substr(start, at - start);
+  float value = 0.0F;
+  const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
+  if (result.ec == std::errc::result_out_of_range)
+    value = isAboveOne(number) ? std::numeric_limits<float>::infinity() : 0.0F;
+  return isNegative ? -value : value;
+}
+
+float floatValue(const PropertyListValue &entry) {
+  const std::string *text = entry.string();
+  return text != nullptr ? floatValue(*text) : 0.0F;
+}
+
+// list: at least 12 entries. row: 12 floats.
+void writeRow(const PropertyListValue::List &list, float *row) {
+  row[0] = 1.0F;
+  const float first = floatValue(list[0]);
+  // First entry 0: cents from equal temperament. Otherwise: ratios on any common scale.
+  if (first == 0.0F) {
+    float accumulator = 100.0F;
+    for (std::size_t j = 1; j < kDegrees; ++j) {
+      const float cents = floatValue(list[j]) + accumulator;
+      row[j] = static_cast<float>(std::exp2(static_cast<double>(cents) / 1200.0));
+      accumulator += 100.0F;
+    }
+  } else {
+    for (std::size_t j = 1; j < kDegrees; ++j)
+      row[j] = floatValue(list[j]) / first;
+  }
+}
+
+void appendCents(std::string &text, double cents) {
+  // The sign of not-a-number differs between processors.
+  if (std::isnan(cents)) {
+    text += "nan";
+    return;
+  }
+  std::array<char, 400> digits;  // the largest double has 309 digits before its point
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), cents,
+                                 std::chars_format::fixed, 3);
+  text.append(digits.data(), end.ptr);
+}
+
+std::string toolTipOf(const float *row) {
+  std::array<float, kDegrees> equal;
+  for (std::size_t j = 0; j < kDegrees; ++j)
+    equal[j] = static_cast<float>(std::exp2(static_cast<double>(j) / 12.0));
+  const auto octaves = [&](std::size_t j) {
+    const float quotient = row[j] / equal[j];
+    return std::log2(static_cast<double>(quotient));
+  };
+
+  const double reference = octaves(kReferenceDegree);
+  std::string text = "cents = (";
+  for (std::size_t j = 0; j < kDegrees; ++j) {
+    if (j > 0)
+      text += ", ";
+    // Degree 9 is 0 by definition, also where its logarithm is infinite.
+    appendCents(text, j == kReferenceDegree ? 0.0 : 1200.0 * octaves(j) - 1200.0 * reference);
+  }
+  return text + ")";
+}
+
+struct NamedList {
+  const std::string *name;
+  std::u16string utf16;
+  const PropertyListValue::List *list;
+};
+
+bool comesBefore(const NamedList &a, const NamedList &b) {
+  UErrorCode status = U_ZERO_ERROR;
+  const std::int32_t order =
+      u_strCaseCompare(a.utf16.data(), static_cast<std::int32_t>(a.utf16.size()), b.utf16.data(),
+                       static_cast<std::int32_t>(b.utf16.size()),
+                       U_FOLD_CASE_DEFAULT | U_COMPARE_CODE_POINT_ORDER, &status);
+  return U_SUCCESS(status) && order < 0;
+}
+
+void tell(const TemperamentTables::Log &log, const std::string &line) {
+  if (log)
+    log(line);
+}
+
+// A path may hold any byte; control characters would break the log line.
+std::string printable(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return (c >= 0 && c < ' ') || c == 0x7F; }, '?');
+  return text;
+}
+
+PropertyListDictionary builtInTemperaments() {
+  PropertyListError error;
+  auto root = PropertyList::parse(kBuiltInTable, error);
+  return std::get<PropertyListDictionary>(std::move(root.value().content));
+}
+
+std::optional<PropertyListDictionary> parseTemperaments(std::u16string_view text,
+                                                        std::string &reason) {
+  PropertyListError error;
+  auto root = PropertyList::parse(text, error);
+  if (!root) {
+    reason = error.description();
+    return std::nullopt;
+  }
+  auto *dictionary = std::get_if<PropertyListDictionary>(&root->content);
+  if (dictionary == nullptr) {
+    reason = PropertyList::errorAt(text, root->offset, "the root is no dictionary").description();
+    return std::nullopt;
+  }
+  for (const PropertyListEntry &entry : dictionary->entries) {
+    if (entry.value.list() == nullptr) {
+      reason = PropertyList::errorAt(text, entry.value.offset,
+                                     "a temperament's value is no list, as \"(0, 0, ...)\"")
+                   .description();
+      return std::nullopt;
+    }
+  }
+  return std::move(*dictionary);
+}
+
+// The whole file, or nothing and the reason.
+std::optional<std::string> readFile(const std::filesystem::path &file, std::string &reason) {
+  constexpr std::size_t kLimit = TemperamentTables::kMaximumFileSize;
+  std::error_code error;
+  const auto status = std::filesystem::status(file, error);
+  // Only regular files: opening a pipe could wait for ever.
+  if (error || !std::filesystem::exists(status)) {
+    reason = error ? error.message() : std::generic_category().message(ENOENT);
+    return std::nullopt;
+  }
+  if (!std::filesystem::is_regular_file(status)) {
+    reason = std::filesystem::is_directory(status) ? "is a folder" : "is no regular file";
+    return std::nullopt;
+  }
+
+  errno = 0;
+  const std::unique_ptr<std::FILE, int (*)(std::FILE *)> stream(
+      std::fopen(file.string().c_str(), "rb"), &std::fclose);
+  if (!stream) {
+    reason = std::generic_category().message(errno);
+    return std::nullopt;
+  }
+  std::string bytes;
+  std::array<char, 65536> chunk;
+  while (bytes.size() <= kLimit) {
+    const std::size_t count = std::fread(chunk.data(), 1, chunk.size(), stream.get());
+    bytes.append(chunk.data(), count);
+    if (count < chunk.size())
+      break;
+  }
+  if (std::ferror(stream.get()) != 0) {
+    reason = std::generic_category().message(errno);
+    return std::nullopt;
+  }
+  if (bytes.size() > kLimit) {
+    reason = "larger than " + std::to_string(kLimit >> 20) + " MiB";
+    return std::nullopt;
+  }
+  return bytes;
+}
+
+}  // namespace
+
+void TemperamentTables::load(const std::filesystem::path &file, const Log &log) {
+  std::string reason;
+  const auto bytes = readFile(file, reason);
+  const auto text = bytes ? decodeUtf16(*bytes, reason) : std::nullopt;
+  auto temperaments = text ? parseTemperaments(*text, reason) : std::nullopt;
+  // In UTF-16 a property list always has zero bytes. Editors save UTF-8 unless told otherwise, and
+  // read as UTF-16 it yields the strangest errors.
+  if (!temperaments && bytes && !bytes->empty() && bytes->find('\0') == std::string::npos)
+    reason += " (the file must be UTF-16, not UTF-8)";
+  build(std::move(temperaments), file.string() + ": " + reason, log);
+}
+
+void TemperamentTables::loadText(std::u16string_view text, const std::string &source,
+                                 const Log &log) {
+  std::string reason;
+  auto temperaments = parseTemperaments(text, reason);
+  build(std::move(temperaments), source + ": " + reason, log);
+}
+
+void TemperamentTables::build(std::optional<PropertyListDictionary> temperaments,
+                              const std::string &error, const Log &log) {
+  if (!temperaments)
+    tell(log, "failed to read Temperaments.txt. error: " + printable(error));
+  mTemperaments = temperaments ? std::move(*temperaments) : builtInTemperaments();
+  mTemperamentCount = static_cast<std::int64_t>(mTemperaments.entries.size());
+  mNames.clear();
+  mToolTips.clear();
+
+  std::vector<NamedList> sorted;
+  sorted.reserve(mTemperaments.entries.size());
+  for (const PropertyListEntry &entry : mTemperaments.entries)
+    sorted.push_back({&entry.key, utf16FromUtf8(entry.key).value_or(u""), entry.value.list()});
+  std::stable_sort(sorted.begin(), sorted.end(), comesBefore);
+
+  mTemperamentTables = std::make_unique<float[]>(sorted.size() * kDegreeCount);
+  float *row = mTemperamentTables.get();
+  for (const NamedList &temperament : sorted) {
+    if (temperament.list->size() < kDegreeCount) {
+      tell(log, "*** Invalid Temperament Pitch Table. ***");
+      --mTemperamentCount;
+      continue;
+    }
+    mNames.push_back(*temperament.name);
+    writeRow(*temperament.list, row);
+    mToolTips.push_back(toolTipOf(row));
+    row += kDegreeCount;
+  }
+}
+
+}  // namespace orvane

@@ -1,0 +1,66 @@
+// Feeds a capture buffer by hand and takes its blocks.
+#pragma once
+
+#include <cstring>
+#include <vector>
+
+#include "core/CaptureBuffer.h"
+
+namespace orvane::test {
+
+struct Buffer {
+  UInt32 channels;
+  std::vector<float> samples;
+  int byteSize = -1;  // −1: as many as the samples have
+};
+
+// A list of several buffers in memory of its own, since AudioBufferList declares one.
+class BufferList {
+ public:
+  explicit BufferList(std::vector<Buffer> buffers)
+      : mBuffers(std::move(buffers)),
+        mMemory(sizeof(AudioBufferList) + mBuffers.size() * sizeof(AudioBuffer)) {
+    list()->mNumberBuffers = static_cast<UInt32>(mBuffers.size());
+    auto *entry = reinterpret_cast<std::byte *>(list()) + offsetof(AudioBufferList, mBuffers);
+    for (Buffer &buffer : mBuffers) {
+      const AudioBuffer audio = {buffer.channels,
+                                 buffer.byteSize >= 0
+                                     ? static_cast<UInt32>(buffer.byteSize)
+                                     : static_cast<UInt32>(buffer.samples.size() * sizeof(float)),
+                                 buffer.samples.data()};
+      std::memcpy(entry, &audio, sizeof audio);
+      entry += sizeof audio;
+    }
+  }
+  AudioBufferList *list() { return reinterpret_cast<AudioBufferList *>(mMemory.data()); }
+
+ private:
+  std::vector<Buffer> mBuffers;
+  std::vector<std::byte> mMemory;
+};
+
+struct CaptureFeed {
+  BlockQueue queue{nullptr};
+  CaptureBuffer capture{queue};
+
+  explicit CaptureFeed(double sampleRate) { capture.setSampleRate(sampleRate); }
+
+  OSStatus feed(std::vector<Buffer> buffers, double sampleTime = 1.0) {
+    BufferList list(std::move(buffers));
+    const AudioTimeStamp time{sampleTime};
+    const IOProcCall call{1, &time, list.list(), &time, nullptr, nullptr};
+    return capture.inputIOProc(&call);
+  }
+
+  OSStatus feedMono(std::vector<float> samples) { return feed({{1, std::move(samples)}}); }
+
+  // All waiting blocks, oldest first.
+  std::vector<std::vector<float>> takeAll() {
+    std::vector<std::vector<float>> blocks;
+    while (auto block = queue.take())
+      blocks.emplace_back(block->samples().begin(), block->samples().end());
+    return blocks;
+  }
+};
+
+}  // namespace orvane::test
