@@ -1,0 +1,113 @@
+#include "audio/SoundHeader.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::uint64_t kChunkHeader = 8;
+constexpr std::uint64_t kWaveHeader = 12;
+// A file of nothing but chunks of no length must not keep the scan busy.
+constexpr int kMostChunks = 1000;
+
+class HeaderReader {
+ public:
+  HeaderReader(int descriptor, bool isBigEndian)
+      : mDescriptor(descriptor), mIsBigEndian(isBigEndian) {}
+
+  template <std::size_t length>
+  bool read(std::uint64_t offset, std::array<unsigned char, length> &bytes) const {
+    return pread(mDescriptor, bytes.data(), length, static_cast<off_t>(offset)) ==
+           static_cast<ssize_t>(length);
+  }
+
+  std::uint32_t word(const unsigned char *bytes) const {
+    std::uint32_t value = 0;
+    for (int i = 0; i < 4; ++i)
+      value = value << 8 | bytes[mIsBigEndian ? i : 3 - i];
+    return value;
+  }
+
+  std::uint32_t halfWord(const unsigned char *bytes) const {
+    return mIsBigEndian ? static_cast<std::uint32_t>(bytes[0] << 8 | bytes[1])
+                        : static_cast<std::uint32_t>(bytes[1] << 8 | bytes[0]);
+  }
+
+ private:
+  int mDescriptor;
+  bool mIsBigEndian;
+};
+
+bool isCode(const unsigned char *bytes, const char *code) {
+  return std::memcmp(bytes, code, 4) == 0;
+}
+
+// The lengths that writers of streams put in place of one they do not know: the largest number of
+// either signedness, rounded down to a block or less a header.
+bool isOpenLength(std::uint32_t length) {
+  return length == 0 || (length >= 0x7FFFF000U && length <= 0x80000000U) || length >= 0xFFFFF000U;
+}
+
+SoundHeader readWave(const HeaderReader &reader, std::uint32_t riffLength,
+                     std::uint64_t fileBytes) {
+  SoundHeader header;
+  std::uint64_t offset = kWaveHeader;
+  std::array<unsigned char, kChunkHeader> chunk{};
+  for (int i = 0; i < kMostChunks && reader.read(offset, chunk); ++i) {
+    const std::uint32_t length = reader.word(chunk.data() + 4);
+    const std::uint64_t start = offset + kChunkHeader;
+    if (isCode(chunk.data(), "fmt ")) {
+      std::array<unsigned char, 8> format{};
+      if (reader.read(start, format)) {
+        header.channels = reader.halfWord(format.data() + 2);
+        header.sampleRate = reader.word(format.data() + 4);
+      }
+    } else if (isCode(chunk.data(), "data")) {
+      // The file may have grown since it was measured.
+      const std::uint64_t present = fileBytes - std::min(fileBytes, start);
+      // Where the file as a whole knows its length, an empty chunk is what it says.
+      const bool isUnfilled = length == 0 && present > 0 &&
+                              (isOpenLength(riffLength) || riffLength + kChunkHeader <= start);
+      if (isUnfilled)
+        header.unfilledLengthOffset = offset + 4;
+      if (!isOpenLength(length))
+        header.length = {length, std::min<std::uint64_t>(length, present)};
+      break;
+    }
+    offset = start + length + length % 2;
+  }
+  return header;
+}
+
+}  // namespace
+
+SoundHeader readSoundHeader(int descriptor, std::uint64_t fileBytes) {
+  std::array<unsigned char, kWaveHeader> start{};
+  const HeaderReader littleEndian(descriptor, false);
+  const HeaderReader bigEndian(descriptor, true);
+  if (!littleEndian.read(0, start))
+    return {};
+  if (isCode(start.data() + 8, "WAVE")) {
+    if (isCode(start.data(), "RIFF"))
+      return readWave(littleEndian, littleEndian.word(start.data() + 4), fileBytes);
+    if (isCode(start.data(), "RIFX"))
+      return readWave(bigEndian, bigEndian.word(start.data() + 4), fileBytes);
+  }
+  if (isCode(start.data(), ".snd")) {
+    SoundHeader header;
+    const std::uint64_t offset = bigEndian.word(start.data() + 4);
+    const std::uint32_t length = bigEndian.word(start.data() + 8);
+    if (!isOpenLength(length) && offset <= fileBytes)
+      header.length = {length, std::min<std::uint64_t>(length, fileBytes - offset)};
+    return header;
+  }
+  return {};
+}
+
+}  // namespace orvane
