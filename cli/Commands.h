@@ -1,0 +1,40 @@
+// The four commands of orvane-cli. Each returns the exit code and throws CliError for what ends it
+// early. Main thread.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/CommonOptions.h"
+
+namespace orvane {
+
+struct DevicesOptions {
+  std::vector<std::string> inputs;  // sound files in place of the sound server
+  bool json = false;
+};
+int runDevices(const DevicesOptions &options);
+
+struct ListenOptions {
+  std::string device;  // title; empty for the first
+  std::vector<std::string> inputs;
+  std::string seconds;  // empty for no end
+  bool json = false;
+};
+int runListen(const ListenOptions &options, const CommonOptions &common);
+
+struct AnalyzeOptions {
+  std::vector<std::string> files;
+  std::string callbackFrames = "512";
+  bool json = false;
+};
+int runAnalyze(const AnalyzeOptions &options, const CommonOptions &common);
+
+struct TemperamentsOptions {
+  bool json = false;
+};
+int runTemperaments(const TemperamentsOptions &options, const CommonOptions &common);
+
+}  // namespace orvane

@@ -1,0 +1,135 @@
+#include "cli/CommonOptions.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+#include <CLI/CLI.hpp>
+
+#include "cli/CliError.h"
+#include "cli/Resources.h"
+
+namespace orvane {
+namespace {
+
+constexpr const char *kEqualTemperament = "Equal temperament";
+constexpr float kLowestReferencePitch = 349.0F;
+constexpr double kHighestReferencePitch = 499.9;
+
+// Each pitch class under every name a musician may type, in lower case.
+constexpr std::array<std::array<const char *, 5>, 12> kTonicNames = {{
+    {"c", "b#", "b♯", "", ""},
+    {"c#", "db", "c#/db", "c♯", "d♭"},
+    {"d", "", "", "", ""},
+    {"d#", "eb", "d#/eb", "d♯", "e♭"},
+    {"e", "fb", "f♭", "", ""},
+    {"f", "e#", "e♯", "", ""},
+    {"f#", "gb", "f#/gb", "f♯", "g♭"},
+    {"g", "", "", "", ""},
+    {"g#", "ab", "g#/ab", "g♯", "a♭"},
+    {"a", "", "", "", ""},
+    {"a#", "bb", "a#/bb", "a♯", "b♭"},
+    {"b", "cb", "c♭", "", ""},
+}};
+
+std::string lowerAscii(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  });
+  return text;
+}
+
+template <typename Number>
+bool parseWhole(std::string_view text, Number &value) {
+  if (text.starts_with('+') && text.size() > 1 && text[1] != '-')
+    text.remove_prefix(1);
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+  return result.ec == std::errc() && result.ptr == text.data() + text.size();
+}
+
+float parseReferencePitch(const std::string &text) {
+  float pitch = 0.0F;
+  // Written so that not-a-number is out of range. Compared in the precisions of the window's field.
+  if (!parseWhole(text, pitch) || !(pitch >= kLowestReferencePitch) ||
+      !(static_cast<double>(pitch) <= kHighestReferencePitch))
+    throw CliError(kExitUsage, "--reference-pitch",
+                   "'" + text + "' is not a number of hertz from 349 to 499.9");
+  return pitch;
+}
+
+std::int64_t parseTonic(const std::string &text) {
+  std::int64_t tonic = 0;
+  if (parseWhole(text, tonic) && tonic >= 0 && tonic <= 11)
+    return tonic;
+  const std::string name = lowerAscii(text);
+  for (std::size_t k = 0; !name.empty() && k < kTonicNames.size(); ++k) {
+    for (const char *candidate : kTonicNames[k]) {
+      if (name == candidate)
+        return static_cast<std::int64_t>(k);
+    }
+  }
+  throw CliError(kExitUsage, "--tonic",
+                 "'" + text + "' is neither a number from 0 (C) to 11 (B) nor a note name");
+}
+
+// A name as the file spells it wins over one that differs in case, and over the equal temperament.
+std::int64_t findTemperament(const std::string &name, const TemperamentTables &tables) {
+  for (std::size_t row = 0; row < tables.rowCount(); ++row) {
+    if (tables.name(row) == name)
+      return static_cast<std::int64_t>(row) + 1;
+  }
+  const std::string lower = lowerAscii(name);
+  if (lower == lowerAscii(kEqualTemperament) || lower == "equal")
+    return 0;
+  for (std::size_t row = 0; row < tables.rowCount(); ++row) {
+    if (lowerAscii(tables.name(row)) == lower)
+      return static_cast<std::int64_t>(row) + 1;
+  }
+  std::string known = kEqualTemperament;
+  for (std::size_t row = 0; row < tables.rowCount(); ++row)
+    known += ", " + tables.name(row);
+  throw CliError(kExitUsage, "--temperament", "'" + name + "' is unknown; known are: " + known);
+}
+
+}  // namespace
+
+std::int64_t parseInteger(const std::string &option, const std::string &text, std::int64_t low,
+                          std::int64_t high) {
+  std::int64_t value = 0;
+  if (!parseWhole(text, value) || value < low || value > high)
+    throw CliError(kExitUsage, option,
+                   "'" + text + "' is not a whole number from " + std::to_string(low) + " to " +
+                       std::to_string(high));
+  return value;
+}
+
+void CommonOptions::addTo(CLI::App &app) {
+  app.add_option("--reference-pitch", referencePitch, "Pitch of A4, 349 to 499.9")->type_name("HZ");
+  app.add_option("--temperament", temperament, "Temperament by name (see 'temperaments')")
+      ->type_name("NAME");
+  app.add_option("--tonic", tonic, "Tonic of the temperament, 0 (C) to 11 (B) or a note name")
+      ->type_name("NOTE");
+  app.add_option("--transpose", transpose, "Transposition in semitones, -11 to +11")
+      ->type_name("SEMITONES");
+  app.add_option("--temperaments", temperaments, "File of temperaments in place of the shipped one")
+      ->type_name("FILE");
+}
+
+Tuning resolveTuning(const CommonOptions &options) {
+  Tuning tuning;
+  if (!options.referencePitch.empty())
+    tuning.settings.mReferencePitch = parseReferencePitch(options.referencePitch);
+  if (!options.tonic.empty())
+    tuning.settings.mTonic = parseTonic(options.tonic);
+  if (!options.transpose.empty())
+    tuning.settings.mTranspose = parseInteger("--transpose", options.transpose, -11, 11);
+  const std::filesystem::path file = options.temperaments.empty()
+                                         ? resourcePath("Temperaments.txt")
+                                         : std::filesystem::path(options.temperaments);
+  tuning.tables.load(file, printError);
+  if (!options.temperament.empty())
+    tuning.settings.mTuning = findTemperament(options.temperament, tuning.tables);
+  return tuning;
+}
+
+}  // namespace orvane

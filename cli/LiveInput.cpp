@@ -1,0 +1,66 @@
+#include "cli/LiveInput.h"
+
+#include "cli/CliError.h"
+
+namespace orvane {
+
+LiveInput::LiveInput(const Inputs &inputs, const std::string &title, TerminalTuner &tuner,
+                     WakeUpDescriptor &wakeUp)
+    : mHardware(inputs.hardware()),
+      mCapture(tuner.capture()),
+      mWakeUp(wakeUp),
+      mAUInputUnit(mHardware) {
+  inputs.checkReached();
+  mAUInputUnit.setIOProc(ControllerIOProc, this);
+  mAUInputUnit.setListenerProc(ControllerPropertyListener, this);
+  mAUInputUnit.setupPopUpButton(&mInputDevicePopUpButton);
+  if (mInputDevicePopUpButton.numberOfItems() < 1)
+    throw CliError(kExitFailed, "input devices",
+                   "Sorry, Orvane cannot run with no audio input device.");
+  if (!title.empty() && mInputDevicePopUpButton.indexOfItemWithTitle(title) < 0)
+    throw CliError(kExitFailed, "--device",
+                   "there is no input device '" + title + "' (see 'orvane-cli devices')");
+  mAUInputUnit.setInputDeviceWithName(title.empty() ? std::nullopt : std::optional(title));
+  mTitle = mAUInputUnit
+               .audioInputSources()[static_cast<std::size_t>(
+                   mInputDevicePopUpButton.indexOfSelectedItem())]
+               .name;
+  mCapture.setSampleRate(mAUInputUnit.sampleRate());
+}
+
+LiveInput::~LiveInput() {
+  mAUInputUnit.stop();
+}
+
+OSStatus LiveInput::ControllerIOProc(AudioDeviceID inDevice, const AudioTimeStamp *inNow,
+                                     const AudioBufferList *inInputData,
+                                     const AudioTimeStamp *inInputTime,
+                                     AudioBufferList *outOutputData,
+                                     const AudioTimeStamp *inOutputTime, void *inClientData) {
+  const IOProcCall call{inDevice, inNow, inInputData, inInputTime, outOutputData, inOutputTime};
+  return static_cast<LiveInput *>(inClientData)->mCapture.inputIOProc(&call);
+}
+
+OSStatus LiveInput::ControllerPropertyListener(AudioDeviceID inDevice, UInt32 inChannel,
+                                               Boolean isInput, AudioDevicePropertyID inPropertyID,
+                                               void *inClientData) {
+  const PropertyChange change{inDevice, inChannel, isInput, inPropertyID};
+  return static_cast<LiveInput *>(inClientData)->listenerProc(&change);
+}
+
+OSStatus LiveInput::listenerProc(const PropertyChange *change) {
+  if (change->isInput == 0)
+    return noErr;
+  mCapture.updateSampleRate(mAUInputUnit.sampleRate());
+  if (change->propertyID == kAudioDevicePropertyDeviceIsAlive) {
+    UInt32 isAlive = 1;
+    UInt32 size = sizeof isAlive;
+    mHardware.AudioDeviceGetProperty(change->device, 0, 1, kAudioDevicePropertyDeviceIsAlive, &size,
+                                     &isAlive);
+    mIsAlive.store(isAlive != 0, std::memory_order_relaxed);
+    mWakeUp.signal();
+  }
+  return noErr;
+}
+
+}  // namespace orvane

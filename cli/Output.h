@@ -1,0 +1,26 @@
+// Standard output with every failure noticed: a pipe closed early and a full disk end the command
+// with the reason. Buffered; a command flushes where its reader should see a line at once.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+class Output {
+ public:
+  // Makes sure that descriptors 0 to 2 are taken, so that no file opened later becomes standard
+  // output by accident, and that a closed pipe is an error and not a signal. Call first in main.
+  static void prepareStandardStreams();
+
+  // Throw CliError (exit 1) when standard output cannot take the text.
+  void write(std::string_view text);
+  void flush();
+
+  static bool isTerminal();
+
+ private:
+  std::string mPending;
+};
+
+}  // namespace orvane

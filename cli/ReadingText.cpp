@@ -1,0 +1,115 @@
+#include "cli/ReadingText.h"
+
+#include <array>
+#include <charconv>
+
+#include "core/SignedText.h"
+
+namespace orvane {
+namespace {
+
+constexpr const char *kGray = "\x1b[90m";
+constexpr const char *kRed = "\x1b[31m";
+constexpr const char *kGreen = "\x1b[32m";
+constexpr const char *kBlue = "\x1b[34m";
+constexpr const char *kYellow = "\x1b[33m";
+constexpr const char *kPlain = "\x1b[0m";
+
+// UTF-8 text as wide as a terminal shows it: one column a code point.
+std::string padded(const std::string &text, std::size_t width, bool right) {
+  std::size_t columns = 0;
+  for (const char c : text)
+    columns += (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
+  const std::string blanks(columns < width ? width - columns : 0, ' ');
+  return right ? blanks + text : text + blanks;
+}
+
+void appendLamp(std::string &line, const char *colour, const char *lamp, bool coloured) {
+  if (coloured)
+    line += colour;
+  line += lamp;
+  if (coloured)
+    line += kPlain;
+}
+
+void appendSideLamp(std::string &line, bool lit, bool coloured) {
+  appendLamp(line, lit ? kRed : kGray, lit ? "●" : "○", coloured);
+}
+
+void appendCentreLamp(std::string &line, CentreLamp lamp, bool coloured) {
+  switch (lamp) {
+    case CentreLamp::Gray:
+      return appendLamp(line, kGray, "◇", coloured);
+    case CentreLamp::Green:
+      return appendLamp(line, kGreen, "◆", coloured);
+    case CentreLamp::Blue:
+      return appendLamp(line, kBlue, "◈", coloured);
+  }
+}
+
+void appendSegment(std::string &line, LevelSegment segment, bool coloured) {
+  switch (segment) {
+    case LevelSegment::Gray:
+      return appendLamp(line, kGray, "▯", coloured);
+    case LevelSegment::Green:
+      return appendLamp(line, kGreen, "▮", coloured);
+    case LevelSegment::Yellow:
+      return appendLamp(line, kYellow, "▪", coloured);
+    case LevelSegment::Red:
+      return appendLamp(line, kRed, "■", coloured);
+  }
+}
+
+std::string frequencies(const Display &display) {
+  return padded(hertzString(display.frequency), 8, true) + ", ideal " +
+         padded(hertzString(display.idealFrequency), 8, true) + ", " +
+         plusMinusFloatString(display.difference);
+}
+
+std::string noteAndCents(const Display &display) {
+  return padded(noteText(display), 4, false) +
+         padded(plusMinusValueString(display.lamps.cents), 4, true) + " cents";
+}
+
+}  // namespace
+
+std::string noteText(const Display &display) {
+  const NoteTexts &texts = display.texts;
+  return texts.mNoteText + (texts.mAccidentalText == " " ? "" : texts.mAccidentalText) +
+         texts.mOctaveText;
+}
+
+std::string timeText(double seconds) {
+  std::array<char, 320> text;
+  const auto end =
+      std::to_chars(text.data(), text.data() + text.size(), seconds, std::chars_format::fixed, 3);
+  return padded({text.data(), end.ptr}, 8, true) + " s";
+}
+
+std::string changeLine(const Display &display) {
+  return noteAndCents(display) + "  " + frequencies(display);
+}
+
+std::string liveLine(const Display &display, bool coloured, std::size_t columns) {
+  constexpr std::size_t kColumnsWithLevel = 44;
+  constexpr std::size_t kColumnsWithAll = 79;
+
+  std::string line = noteAndCents(display) + "  ";
+  const LampRow &lamps = display.lamps;
+  for (std::size_t k = lamps.flat.size(); k-- > 0;)
+    appendSideLamp(line, lamps.flat[k], coloured);
+  appendCentreLamp(line, display.centre, coloured);
+  for (const bool lit : lamps.sharp)
+    appendSideLamp(line, lit, coloured);
+  if (columns > kColumnsWithAll)
+    line += "  " + padded(frequencies(display), 33, false);
+  if (columns > kColumnsWithLevel) {
+    line += "  ";
+    for (const LevelSegment segment : display.segments)
+      appendSegment(line, segment, coloured);
+    line += padded(display.levelText, 6, true);
+  }
+  return line;
+}
+
+}  // namespace orvane

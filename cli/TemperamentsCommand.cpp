@@ -1,0 +1,23 @@
+#include "cli/CliError.h"
+#include "cli/Commands.h"
+#include "cli/Output.h"
+#include "cli/ReadingJson.h"
+
+namespace orvane {
+
+int runTemperaments(const TemperamentsOptions &options, const CommonOptions &common) {
+  const Tuning tuning = resolveTuning(common);
+  const TemperamentTables &tables = tuning.tables;
+  Output output;
+  for (std::size_t row = 0; row < tables.rowCount(); ++row) {
+    if (options.json)
+      output.write("{\"name\":" + jsonString(tables.name(row)) +
+                   ",\"toolTip\":" + jsonString(tables.toolTip(row)) + "}\n");
+    else
+      output.write(tables.name(row) + "\n    " + tables.toolTip(row) + '\n');
+  }
+  output.flush();
+  return kExitDone;
+}
+
+}  // namespace orvane

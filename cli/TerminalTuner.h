@@ -1,0 +1,71 @@
+// The tuner behind the terminal: the same capture, detection, update loop and note computation as
+// the window, with a record of what the display shows in place of its views. Main thread, but for
+// the capture buffer's input procedure.
+#pragma once
+
+#include <optional>
+
+#include "cli/CommonOptions.h"
+#include "core/BlockQueue.h"
+#include "core/CaptureBuffer.h"
+#include "core/LampMeter.h"
+#include "core/LevelMeter.h"
+#include "core/NoteComputation.h"
+#include "core/PitchDetector.h"
+#include "core/UpdateLoop.h"
+
+namespace orvane {
+
+// What the display shows.
+struct Display {
+  NoteTexts texts;
+  LampRow lamps;
+  CentreLamp centre;  // grey when no pitch was accepted for a while
+  float deviation;    // semitones
+  float frequency;    // hertz
+  float idealFrequency;
+  float difference;
+  LevelSegments segments;
+  std::string levelText;
+};
+
+// One block's measurement and what the display then shows.
+struct Reading {
+  std::uint64_t block;  // from 0
+  double time;          // seconds, end of the block
+  std::optional<float> detected;
+  bool accepted;
+  float rawPeak;
+  std::int64_t peak;
+  std::int64_t peakHold;
+  float frequency;
+  const Display &display;
+};
+
+class TerminalTuner : private UpdateLoopDisplay {
+ public:
+  // tuning must outlive this. wakeUp: see BlockQueue.
+  TerminalTuner(const Tuning &tuning, WakeUp *wakeUp);
+
+  // The oldest waiting block measured at `now` (seconds, monotonic), or nothing when none waits.
+  std::optional<Reading> takeReading(double now);
+
+  CaptureBuffer &capture() { return mCapture; }
+  const BlockQueue &queue() const { return mQueue; }
+  const Display &display() const { return mDisplay; }
+
+ private:
+  void updateTunerUI() override;
+  void grayCentreLamp() override;
+  void setLevelMeter() override;
+
+  const Tuning &mTuning;
+  BlockQueue mQueue;
+  CaptureBuffer mCapture;
+  PitchDetector mDetector;
+  UpdateLoop mLoop;
+  Display mDisplay;
+  std::uint64_t mBlocks = 0;
+};
+
+}  // namespace orvane

@@ -1,0 +1,95 @@
+// Listening to sound files in place of a sound server, as a pipe, on a terminal, and to its end.
+#include <array>
+#include <csignal>
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/RunCommand.h"
+#include "tests/cli/TestFiles.h"
+
+namespace orvane::test {
+namespace {
+
+class Listen : public testing::Test {
+ protected:
+  TemporaryFolder mFolder;
+  std::string mA4 = mFolder.writeSound("a4.wav", sine(440.0, 44100, 1.0), 44100);
+  std::string mE4 = mFolder.writeSound("e4.wav", sine(330.0, 48000, 1.0), 48000);
+};
+
+TEST_F(Listen, ARecordingIsNamedBlockByBlockAndTheTimeAskedForEndsIt) {
+  const CommandResult result = runCommand({"listen", "--input", mA4, "--json", "--seconds", "1.2"});
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.errors, "");
+  ASSERT_GT(result.lines().size(), 5U);
+  std::uint64_t block = 0;
+  double before = 0.0;
+  for (const std::string &line : result.lines()) {
+    const auto reading = nlohmann::json::parse(line);
+    EXPECT_EQ(reading["block"], block++);
+    EXPECT_GT(reading["time"].get<double>(), before);
+    before = reading["time"];
+    EXPECT_EQ(reading["note"], "A");
+  }
+}
+
+TEST_F(Listen, TheDeviceWithTheGivenTitleIsTheOneHeard) {
+  const CommandResult result = runCommand({"listen", "--input", mA4, "--input", mE4, "--device",
+                                           "Recording : e4.wav", "--json", "--seconds", "0.7"});
+  ASSERT_GT(result.lines().size(), 2U);
+  EXPECT_EQ(nlohmann::json::parse(result.lines().back())["note"], "E");
+}
+
+TEST_F(Listen, AnInterruptEndsItCleanly) {
+  CommandOptions options;
+  options.interruptAfterMs = 700;
+  const CommandResult result = runCommand({"listen", "--input", mA4, "--json"}, options);
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.errors, "");
+  ASSERT_FALSE(result.lines().empty());
+  EXPECT_TRUE(nlohmann::json::accept(result.lines().back())) << "no torn line";
+}
+
+TEST_F(Listen, WithoutATerminalALineIsPrintedPerChange) {
+  // 500 Hz is 16 samples exactly, so nothing changes after the first reading.
+  const std::string steady = mFolder.writeSound("b4.wav", sine(500.0, 8000, 30.0), 8000);
+  const CommandResult result = runCommand({"listen", "--input", steady, "--seconds", "0.8"});
+  EXPECT_EQ(result.output, "B4   +21 cents   500.0Hz, ideal  493.9Hz, +6.1Hz\n");
+}
+
+TEST_F(Listen, OnATerminalOneLineIsRewritten) {
+  const std::string steady = mFolder.writeSound("b4.wav", sine(500.0, 8000, 30.0, 0.9), 8000);
+  winsize size{24, 100, 0, 0};
+  int terminal = -1;
+  const pid_t child = ::forkpty(&terminal, nullptr, nullptr, &size);
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    ::setenv("TERM", "xterm", 1);
+    ::setenv("NO_COLOR", "1", 1);
+    ::execl(ORVANE_CLI, "orvane-cli", "listen", "--input", steady.c_str(), "--seconds", "1",
+            nullptr);
+    ::_exit(127);
+  }
+  std::string screen;
+  std::array<char, 4096> bytes;
+  ssize_t count = 0;
+  while ((count = ::read(terminal, bytes.data(), bytes.size())) > 0)
+    screen.append(bytes.data(), static_cast<std::size_t>(count));
+  ::close(terminal);
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  const std::string line =
+      "\rB4   +21 cents  ○○○○○◈●●●○○   500.0Hz, ideal  493.9Hz, +6.1Hz   ▮▮▮▮▮▮▮▪  -1dB\x1b[K";
+  EXPECT_NE(screen.find(line), std::string::npos) << screen;
+  EXPECT_EQ(std::count(screen.begin(), screen.end(), '\n'), 1) << screen;
+  EXPECT_TRUE(screen.ends_with("\r\n")) << screen;
+}
+
+}  // namespace
+}  // namespace orvane::test

@@ -1,0 +1,28 @@
+// Runs orvane-cli as a user would and keeps everything it said. Main thread only.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace orvane::test {
+
+struct CommandResult {
+  int exitCode = -1;  // −1 when it had to be killed or a signal ended it
+  std::string output;
+  std::string errors;
+
+  std::vector<std::string> lines() const;  // of the output
+};
+
+struct CommandOptions {
+  std::string outputTo;       // a file in place of the pipe; "-" closes standard output
+  bool closeEarly = false;    // nobody reads the pipe
+  int interruptAfterMs = 0;   // SIGINT after so long; 0 for never
+  bool withoutServer = true;  // point it at a sound server that is not there
+};
+
+// arguments: what follows "orvane-cli". Killed after 30 s.
+CommandResult runCommand(const std::vector<std::string> &arguments,
+                         const CommandOptions &options = {});
+
+}  // namespace orvane::test

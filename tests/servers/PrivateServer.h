@@ -1,0 +1,64 @@
+// A real sound server of the test's own, in a temporary folder, that no sound card and no other
+// program has anything to do with. Sources are made from named pipes, so that a test can say what
+// they hear.
+//
+// Main thread only. The constructor sets the environment of this process so that clients find the
+// server; there must be one such object at a time, and no other thread may read the environment
+// meanwhile.
+#pragma once
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/servers/ChildProcess.h"
+
+namespace orvane::test {
+
+class PrivateServer {
+ public:
+  enum class Kind { kPulseAudio, kPipeWire };
+
+  // Prepares the folder and the environment, does not start the server.
+  explicit PrivateServer(Kind kind);
+  // Kills the server and removes the folder.
+  ~PrivateServer();
+
+  PrivateServer(const PrivateServer &) = delete;
+  PrivateServer &operator=(const PrivateServer &) = delete;
+
+  // Starts the server and waits until it answers; false when it does not within 10 s.
+  bool start();
+  // Ends it as a crash would, at once and without a farewell.
+  void kill();
+  // It neither runs nor ends until thaw.
+  void freeze() const;
+  void thaw() const;
+
+  // Makes a source that hears what is written into pipeOf(name), with a volume for each channel.
+  // Returns the number to unload it with, empty when that failed.
+  std::string loadSource(const std::string &name, int rate = 48000, int channels = 1,
+                         const std::string &properties = {});
+  void unload(const std::string &module) const;
+  std::string pipeOf(const std::string &name) const;
+
+  // The output of the server's own control program.
+  static std::string control(std::vector<std::string> arguments);
+
+  Kind kind() const { return mKind; }
+  // A name for the test's output.
+  static std::string nameOf(Kind kind);
+
+ private:
+  std::string path(const std::string &name) const { return (mFolder / name).string(); }
+  void startPulseAudio();
+  void startPipeWire();
+
+  Kind mKind;
+  std::filesystem::path mFolder;
+  std::vector<ChildProcess> mProcesses;
+  std::set<std::string> mPipes;
+};
+
+}  // namespace orvane::test
