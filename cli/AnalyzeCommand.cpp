@@ -47,12 +47,14 @@ class ReadingWriter {
   std::string mLastChange;
 };
 
-void analyze(const std::string &file, std::uint32_t callbackFrames, const Tuning &tuning,
-             ReadingWriter &&writer) {
+// Returns why the recording could not be read to its end; empty when it could. Throws CliError only
+// for what ends the whole command.
+std::string analyze(const std::string &file, std::uint32_t callbackFrames, const Tuning &tuning,
+                    ReadingWriter &&writer) {
   std::string reason;
   std::optional<SoundFile> sound = SoundFile::open(file, reason);
   if (!sound)
-    throw CliError(kExitFailed, file, reason);
+    return reason;
 
   TerminalTuner tuner(tuning, nullptr);
   CaptureBuffer &capture = tuner.capture();
@@ -84,9 +86,9 @@ void analyze(const std::string &file, std::uint32_t callbackFrames, const Tuning
     frames += count;
     progress.advanceTo(static_cast<std::int64_t>(frames));
   }
-  reason = sound->trouble();
-  if (!reason.empty())
-    throw CliError(kExitFailed, file, reason);
+  if (tuner.queue().lostBlocks() != 0)
+    throw CliError(kExitFailed, "memory", "not enough for a block of sound");
+  return sound->trouble();
 }
 
 }  // namespace
@@ -99,18 +101,25 @@ int runAnalyze(const AnalyzeOptions &options, const CommonOptions &common) {
   Output output;
   int exitCode = kExitDone;
   for (const std::string &file : options.files) {
+    if (several && !options.json)
+      output.write(oneLine(file) + ":\n");
+    const std::string reason =
+        analyze(file, callbackFrames, tuning,
+                ReadingWriter(output, options.json, several ? file : std::string_view()));
+    const auto tellReason = [&] {
+      if (!reason.empty())
+        printError((file.empty() ? "''" : file) + ": " + reason);
+    };
     try {
-      if (several && !options.json)
-        output.write(file + ":\n");
-      analyze(file, callbackFrames, tuning,
-              ReadingWriter(output, options.json, several ? file : std::string_view()));
       output.flush();
-    } catch (const CliError &error) {
-      // The other recordings are still read; what was read of this one is kept.
-      output.flush();
-      printError(error.what());
-      exitCode = error.exitCode();
+    } catch (...) {
+      tellReason();
+      throw;
     }
+    // What was read of it is kept, and the other recordings are still read.
+    tellReason();
+    if (!reason.empty())
+      exitCode = kExitFailed;
   }
   return exitCode;
 }

@@ -21,8 +21,11 @@ class CliError : public std::runtime_error {
   int mExitCode;
 };
 
-// "orvane-cli: LINE" on standard error. Control characters in it (a file's name may hold any) are
-// shown as "?" so that it stays one line.
+// The text with its control characters shown as "?": names of files, devices and temperaments may
+// hold any, and none may break a line or reach the terminal as a command.
+std::string oneLine(std::string text);
+
+// "orvane-cli: LINE" on standard error, as one line.
 void printError(const std::string &line);
 
 }  // namespace orvane

@@ -15,12 +15,12 @@ struct DevicesOptions {
   std::vector<std::string> inputs;  // sound files in place of the sound server
   bool json = false;
 };
-int runDevices(const DevicesOptions &options);
+int runDevices(const DevicesOptions &options, const CommonOptions &common);
 
 struct ListenOptions {
-  std::string device;  // title; empty for the first
+  std::optional<std::string> device;  // title; the first when not given
   std::vector<std::string> inputs;
-  std::string seconds;  // empty for no end
+  std::optional<std::string> seconds;  // no end when not given
   bool json = false;
 };
 int runListen(const ListenOptions &options, const CommonOptions &common);

@@ -117,18 +117,18 @@ void CommonOptions::addTo(CLI::App &app) {
 
 Tuning resolveTuning(const CommonOptions &options) {
   Tuning tuning;
-  if (!options.referencePitch.empty())
-    tuning.settings.mReferencePitch = parseReferencePitch(options.referencePitch);
-  if (!options.tonic.empty())
-    tuning.settings.mTonic = parseTonic(options.tonic);
-  if (!options.transpose.empty())
-    tuning.settings.mTranspose = parseInteger("--transpose", options.transpose, -11, 11);
-  const std::filesystem::path file = options.temperaments.empty()
-                                         ? resourcePath("Temperaments.txt")
-                                         : std::filesystem::path(options.temperaments);
+  if (options.referencePitch)
+    tuning.settings.mReferencePitch = parseReferencePitch(*options.referencePitch);
+  if (options.tonic)
+    tuning.settings.mTonic = parseTonic(*options.tonic);
+  if (options.transpose)
+    tuning.settings.mTranspose = parseInteger("--transpose", *options.transpose, -11, 11);
+  const std::filesystem::path file = options.temperaments
+                                         ? std::filesystem::path(*options.temperaments)
+                                         : resourcePath("Temperaments.txt");
   tuning.tables.load(file, printError);
-  if (!options.temperament.empty())
-    tuning.settings.mTuning = findTemperament(options.temperament, tuning.tables);
+  if (options.temperament)
+    tuning.settings.mTuning = findTemperament(*options.temperament, tuning.tables);
   return tuning;
 }
 

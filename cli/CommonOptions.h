@@ -1,6 +1,7 @@
 // The tuning options that every command takes, and what they resolve to.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "core/NoteComputation.h"
@@ -13,11 +14,11 @@ class App;
 namespace orvane {
 
 struct CommonOptions {
-  std::string referencePitch;
-  std::string temperament;
-  std::string tonic;
-  std::string transpose;
-  std::string temperaments;  // path; empty for the shipped file
+  std::optional<std::string> referencePitch;
+  std::optional<std::string> temperament;
+  std::optional<std::string> tonic;
+  std::optional<std::string> transpose;
+  std::optional<std::string> temperaments;  // path; the shipped file when not given
 
   void addTo(CLI::App &app);
 };

@@ -7,7 +7,8 @@
 
 namespace orvane {
 
-int runDevices(const DevicesOptions &options) {
+int runDevices(const DevicesOptions &options, const CommonOptions &common) {
+  resolveTuning(common);  // a wrong option is wrong here too
   const Inputs inputs(options.inputs);
   AUInputUnit unit(inputs.hardware());
   inputs.checkReached();
@@ -21,7 +22,7 @@ int runDevices(const DevicesOptions &options) {
         output.write(",\"dataSource\":" + std::to_string(*source.dataSource));
       output.write("}\n");
     } else {
-      output.write(source.name + '\n');
+      output.write(oneLine(source.name) + '\n');
     }
     ++index;
   }

@@ -18,7 +18,8 @@ Inputs::Inputs(const std::vector<std::string> &files) {
   auto recordings = std::make_unique<RecordingHardware>(
       std::vector<std::filesystem::path>(files.begin(), files.end()));
   for (const RecordingHardware::Refusal &refusal : recordings->refusals())
-    throw CliError(kExitFailed, refusal.file.string(), refusal.reason);
+    throw CliError(kExitFailed, refusal.file.empty() ? "''" : refusal.file.string(),
+                   refusal.reason);
   mHardware = std::move(recordings);
 }
 

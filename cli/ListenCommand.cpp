@@ -47,8 +47,6 @@ class EndingSignals {
 };
 
 double parseSeconds(const std::string &text) {
-  if (text.empty())
-    return std::numeric_limits<double>::infinity();
   double seconds = 0.0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), seconds);
   if (result.ec != std::errc() || result.ptr != text.data() + text.size() || !(seconds > 0.0) ||
@@ -160,7 +158,8 @@ int listen(const ListenOptions &options, const Tuning &tuning, double seconds) {
 }  // namespace
 
 int runListen(const ListenOptions &options, const CommonOptions &common) {
-  const double seconds = parseSeconds(options.seconds);
+  const double seconds =
+      options.seconds ? parseSeconds(*options.seconds) : std::numeric_limits<double>::infinity();
   return listen(options, resolveTuning(common), seconds);
 }
 

@@ -4,8 +4,8 @@
 
 namespace orvane {
 
-LiveInput::LiveInput(const Inputs &inputs, const std::string &title, TerminalTuner &tuner,
-                     WakeUpDescriptor &wakeUp)
+LiveInput::LiveInput(const Inputs &inputs, const std::optional<std::string> &title,
+                     TerminalTuner &tuner, WakeUpDescriptor &wakeUp)
     : mHardware(inputs.hardware()),
       mCapture(tuner.capture()),
       mWakeUp(wakeUp),
@@ -17,15 +17,17 @@ LiveInput::LiveInput(const Inputs &inputs, const std::string &title, TerminalTun
   if (mInputDevicePopUpButton.numberOfItems() < 1)
     throw CliError(kExitFailed, "input devices",
                    "Sorry, Orvane cannot run with no audio input device.");
-  if (!title.empty() && mInputDevicePopUpButton.indexOfItemWithTitle(title) < 0)
+  if (title && mInputDevicePopUpButton.indexOfItemWithTitle(*title) < 0)
     throw CliError(kExitFailed, "--device",
-                   "there is no input device '" + title + "' (see 'orvane-cli devices')");
-  mAUInputUnit.setInputDeviceWithName(title.empty() ? std::nullopt : std::optional(title));
+                   "there is no input device '" + *title + "' (see 'orvane-cli devices')");
+  mAUInputUnit.setInputDeviceWithName(title);
   mTitle = mAUInputUnit
                .audioInputSources()[static_cast<std::size_t>(
                    mInputDevicePopUpButton.indexOfSelectedItem())]
                .name;
   mCapture.setSampleRate(mAUInputUnit.sampleRate());
+  // A change told between the reading and the storing of the rate must not be lost.
+  mCapture.updateSampleRate(mAUInputUnit.sampleRate());
 }
 
 LiveInput::~LiveInput() {

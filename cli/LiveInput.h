@@ -17,9 +17,9 @@ namespace orvane {
 class LiveInput {
  public:
   // Both must outlive this. wakeUp is signalled when the device goes away or returns. Throws
-  // CliError (exit 1) when there is no device at all or none of that title; an empty title stands
+  // CliError (exit 1) when there is no device at all or none of that title; no title stands
   // for the first device. The stream runs when this returns.
-  LiveInput(const Inputs &inputs, const std::string &title, TerminalTuner &tuner,
+  LiveInput(const Inputs &inputs, const std::optional<std::string> &title, TerminalTuner &tuner,
             WakeUpDescriptor &wakeUp);
   // Stops the stream: neither procedure nor listener is running afterwards.
   ~LiveInput();

@@ -29,13 +29,17 @@ bool writeAll(int descriptor, std::string_view text) {
 
 }  // namespace
 
-void printError(const std::string &line) {
-  std::string text = "orvane-cli: " + line;
+std::string oneLine(std::string text) {
   for (char &c : text) {
     if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f)
       c = '?';
   }
-  writeAll(STDERR_FILENO, text + '\n');
+  return text;
+}
+
+void printError(const std::string &line) {
+  // Not a failure of the command's own when nobody can be told.
+  static_cast<void>(writeAll(STDERR_FILENO, "orvane-cli: " + oneLine(line) + '\n'));
 }
 
 void Output::prepareStandardStreams() {
@@ -44,7 +48,7 @@ void Output::prepareStandardStreams() {
     if (::fcntl(descriptor, F_GETFD) < 0 && errno == EBADF)
       ::open("/dev/null", O_RDONLY);
   }
-  std::signal(SIGPIPE, SIG_IGN);
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
 }
 
 void Output::write(std::string_view text) {

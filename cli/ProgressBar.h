@@ -1,4 +1,5 @@
-// A progress bar on standard error, shown only when that is a terminal and the work is long.
+// A progress bar on standard error, shown only when that is a terminal, the output goes elsewhere
+// and the work is long.
 #pragma once
 
 #include <cstdint>

@@ -14,7 +14,7 @@ int runTemperaments(const TemperamentsOptions &options, const CommonOptions &com
       output.write("{\"name\":" + jsonString(tables.name(row)) +
                    ",\"toolTip\":" + jsonString(tables.toolTip(row)) + "}\n");
     else
-      output.write(tables.name(row) + "\n    " + tables.toolTip(row) + '\n');
+      output.write(oneLine(tables.name(row)) + "\n    " + tables.toolTip(row) + '\n');
   }
   output.flush();
   return kExitDone;

@@ -20,25 +20,25 @@ namespace orvane {
 struct Display {
   NoteTexts texts;
   LampRow lamps;
-  CentreLamp centre;  // grey when no pitch was accepted for a while
-  float deviation;    // semitones
-  float frequency;    // hertz
-  float idealFrequency;
-  float difference;
+  CentreLamp centre;     // grey when no pitch was accepted for a while
+  float deviation;       // semitones
+  float frequency;       // hertz
+  float idealFrequency;  // hertz
+  float difference;      // hertz, frequency − ideal
   LevelSegments segments;
   std::string levelText;
 };
 
 // One block's measurement and what the display then shows.
 struct Reading {
-  std::uint64_t block;  // from 0
-  double time;          // seconds, end of the block
-  std::optional<float> detected;
+  std::uint64_t block;            // from 0
+  double time;                    // seconds, end of the block
+  std::optional<float> detected;  // hertz, when the block had a pitch
   bool accepted;
-  float rawPeak;
-  std::int64_t peak;
-  std::int64_t peakHold;
-  float frequency;
+  float rawPeak;          // linear, 0.0 to 1.0
+  std::int64_t peak;      // 0 to 96
+  std::int64_t peakHold;  // 0 to 96, before its release
+  float frequency;        // hertz, accepted and smoothed
   const Display &display;
 };
 

@@ -76,7 +76,7 @@ int run(int argc, char **argv) {
   }
 
   if (devicesCommand->parsed())
-    return runDevices(devices);
+    return runDevices(devices, common);
   if (listenCommand->parsed())
     return runListen(listen, common);
   if (analyzeCommand->parsed())

@@ -14,6 +14,7 @@ void BlockQueue::post(CaptureBlock &&block) noexcept {
 }
 
 std::optional<CaptureBlock> BlockQueue::take() {
+  mReceiver.check();
   CaptureBlock block;
   if (!mQueue.try_dequeue(block))
     return std::nullopt;

@@ -12,6 +12,7 @@
 #include <readerwriterqueue/readerwriterqueue.h>
 
 #include "core/CaptureBlock.h"
+#include "core/OneThread.h"
 
 namespace orvane {
 
@@ -36,7 +37,7 @@ class BlockQueue {
   // (one that found no memory) is counted as lost and not posted.
   void post(CaptureBlock &&block) noexcept;
 
-  // Main thread. The oldest block, or nothing when none waits.
+  // Main thread, may free memory. The oldest block, or nothing when none waits.
   std::optional<CaptureBlock> take();
 
   // Any thread. Blocks that found no memory since construction.
@@ -45,6 +46,7 @@ class BlockQueue {
  private:
   moodycamel::ReaderWriterQueue<CaptureBlock> mQueue;
   WakeUp *mWakeUp;
+  OneThread mReceiver;
   std::atomic<std::uint64_t> mLostBlocks{0};
 };
 

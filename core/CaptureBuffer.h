@@ -19,7 +19,7 @@ class CaptureBuffer {
   CaptureBuffer &operator=(const CaptureBuffer &) = delete;
 
   // Input thread, real-time safe but for the copy per block and the buffer after a rate change.
-  // Always returns noErr. A sample rate that gives an empty block (not a number, below 18.4 Hz) or
+  // Always returns noErr. A sample rate that gives an empty block (not a number, below 18⅓ Hz) or
   // one too long to be counted stores nothing and posts nothing.
   OSStatus inputIOProc(const IOProcCall *call) noexcept;
 

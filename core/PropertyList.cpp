@@ -181,7 +181,8 @@ class Parser {
       if (!parseQuoted(units))
         return false;
     } else {
-      while (!atEnd() && isBare(mText[mOffset]))
+      // A slash may stand in a bare string; with a star behind it, it can only begin a comment.
+      while (!atEnd() && isBare(mText[mOffset]) && !atBlockComment())
         units.push_back(mText[mOffset++]);
       if (units.empty())
         return fail(start, otherwise);
@@ -192,6 +193,8 @@ class Parser {
     string = std::move(*utf8);
     return true;
   }
+
+  bool atBlockComment() const { return mText.substr(mOffset).starts_with(u"/*"); }
 
   bool parseQuoted(std::u16string &units) {
     const std::size_t start = mOffset;

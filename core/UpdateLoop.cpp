@@ -29,6 +29,7 @@ bool UpdateLoop::acceptFrequency(double now) {
 }
 
 UpdateLoop::Tick UpdateLoop::updateUI(CaptureBlock block, double now) {
+  mMainThread.check();
   Tick tick;
   tick.detected = mDetector.detectPitch(block);
   tick.rawFrequency = mDetector.mRawFrequency;

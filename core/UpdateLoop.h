@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "core/CaptureBlock.h"
+#include "core/OneThread.h"
 #include "core/PitchDetector.h"
 
 namespace orvane {
@@ -38,19 +39,20 @@ class UpdateLoop {
   // now: seconds on a monotonic clock, read once per tick.
   Tick updateUI(CaptureBlock block, double now);
 
-  float mFrequency = 0.0F;         // hertz, accepted and smoothed
-  float mDisplayFrequency = 0.0F;  // hertz, what the display last showed
-  double mNextTunerUpdateTime = 0.0;
-  std::int64_t mDisplayPeak = 0;  // levels 0 to 96
+  float mFrequency = 0.0F;            // hertz, accepted and smoothed
+  float mDisplayFrequency = 0.0F;     // hertz, what the display last showed
+  double mNextTunerUpdateTime = 0.0;  // seconds, on the clock of `now`
+  std::int64_t mDisplayPeak = 0;      // levels 0 to 96
   std::int64_t mPeakHold = 0;
   std::int64_t mDisplayPeakHold = 0;
-  double mNextPeakHoldTime = 0.0;
+  double mNextPeakHoldTime = 0.0;  // seconds, on the clock of `now`
 
  private:
   bool acceptFrequency(double now);
 
   PitchDetector &mDetector;
   UpdateLoopDisplay &mDisplay;
+  OneThread mMainThread;
 };
 
 }  // namespace orvane

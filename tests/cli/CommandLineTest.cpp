@@ -60,6 +60,12 @@ TEST_F(CommandLine, WrongUsageExitsWithTwo) {
       {{"analyze", mSound, "--callback-frames", "0"}, "--callback-frames: "},
       {{"listen", "--seconds", "0"}, "--seconds: '0' is not a number of seconds above 0"},
       {{"listen", "--seconds", "inf"}, "--seconds: "},
+      {{"listen", "--seconds", ""}, "--seconds: ''"},
+      {{"temperaments", "--tonic", ""}, "--tonic: ''"},
+      {{"temperaments", "--transpose="}, "usage: --transpose: "},
+      {{"temperaments", "--reference-pitch", ""}, "--reference-pitch: ''"},
+      {{"temperaments", "--temperament", ""}, "--temperament: ''"},
+      {{"devices", "--input", mSound, "--reference-pitch", "9"}, "--reference-pitch: "},
   };
   for (const auto &row : rows)
     expectFailure(runCommand(row.arguments), 2, row.line);
@@ -161,6 +167,25 @@ TEST_F(CommandLine, AnOutputThatTakesNothingIsAnError) {
     early.closeEarly = true;
     expectFailure(runCommand(command, early), 1, "standard output: Broken pipe");
   }
+}
+
+TEST_F(CommandLine, AFullDiskIsToldOnceWhateverTheNumberOfRecordings) {
+  CommandOptions full;
+  full.outputTo = "/dev/full";
+  const CommandResult result = runCommand({"analyze", mSound, mSound, "/no/such", mSound}, full);
+  expectFailure(result, 1, "standard output: No space left on device");
+}
+
+TEST_F(CommandLine, AFileWithoutANameIsNamedAllTheSame) {
+  expectFailure(runCommand({"analyze", ""}), 1, "'': no such file");
+  expectFailure(runCommand({"listen", "--input", ""}), 1, "'': no such file");
+}
+
+TEST_F(CommandLine, ControlCharactersInNamesDoNotReachTheTerminal) {
+  const std::string file =
+      mFolder.write("t.txt", utf16("{\"a\\U001b[31m\\nb\" = (0,0,0,0,0,0,0,0,0,0,0,0);}"));
+  EXPECT_TRUE(
+      runCommand({"temperaments", "--temperaments", file}).output.starts_with("a?[31m?b\n"));
 }
 
 TEST_F(CommandLine, HelpAndVersionGoToStandardOutput) {

@@ -146,6 +146,10 @@ TEST(CaptureBuffer, ABufferOfAnotherSizeAndAllAfterItAreIgnored) {
   EXPECT_EQ(foldedFrame({{1, {0.25F}}, {1, {0.125F}}, {1, {0.5F, 0.5F}}, {1, {0.0625F}}}), 0.375F);
 }
 
+TEST(CaptureBuffer, OnlyALoneStereoBufferCanBeADuplicate) {
+  EXPECT_EQ(foldedFrame({{2, {0.25F, 0.25F}}, {2, {0.25F, 0.25F}}}), 1.0F);
+}
+
 TEST(CaptureBuffer, BuffersMatchByBytesPerChannelAndNotByBytes) {
   EXPECT_EQ(foldedFrame({{1, {0.25F}}, {3, {0.125F, 0.0625F, 0.03125F}}}), 0.46875F);
 }
@@ -213,8 +217,8 @@ TEST(CaptureBuffer, ABufferWithoutChannelsStoresNothingAndDoesNotFault) {
 }
 
 TEST(CaptureBuffer, ARateThatGivesAnEmptyBlockStoresNothingAndPostsNothing) {
-  for (const double rate :
-       {0.0, -44100.0, 18.3, static_cast<double>(kNan), 1e30, static_cast<double>(kInfinity)}) {
+  for (const double rate : {0.0, -44100.0, 18.3, static_cast<double>(kNan), 3e10, 1e30,
+                            static_cast<double>(kInfinity)}) {
     SCOPED_TRACE(rate);
     CaptureFeed feed(rate);
     EXPECT_EQ(feed.feedMono(ramp(5000)), noErr);

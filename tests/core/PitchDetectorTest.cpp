@@ -155,6 +155,15 @@ TEST(PitchDetector, AHalfWaveBelowNineTenthsOfTheLastPeakYieldsNone) {
   EXPECT_EQ(d.detector.mRawFrequency, 1000.0F / 300.0F);
 }
 
+TEST(PitchDetector, TheThresholdDecaysInDoublePrecision) {
+  Detector d(1000.0F, 99);
+  // 0.8f is 0.800000011920929; nine tenths of it, 0.7200000107…, lie nearest to 0.72000003f among
+  // single-precision values. 0.9f times 0.8f in single precision would give the one below.
+  EXPECT_FALSE(d.detect(pulses({{100, 0.8F}, {200, 0.71999997F}}, 300)));
+  EXPECT_FALSE(d.detect(pulses({{100, 0.8F}, {300, 0.71999997F}, {400, 0.71999997F}}, 500)));
+  EXPECT_TRUE(d.detect(pulses({{100, 0.8F}, {300, 0.72000003F}}, 500)));
+}
+
 TEST(PitchDetector, ADecayingNoteStopsGivingSpacingsForTheRestOfTheBlock) {
   Detector d(1000.0F, 99);
   // After 1.0 at 400 nothing reaches 0.9 any more, so only 100, 100, 100, 100 are measured.
@@ -223,6 +232,9 @@ TEST(PitchDetector, FourDifferentSpacingsGiveNoPitch) {
 TEST(PitchDetector, OfTwoEquallyCommonSpacingsTheSmallerIsTheReference) {
   Detector d;
   EXPECT_EQ(d.average({5, 100, 100, 101, 101}), 100.5F);
+  // Around 100 the window ends at 105, so 106 stays outside; around 106 it begins at 100.
+  EXPECT_EQ(d.average({5, 100, 100, 106, 106}), 0.0F);
+  EXPECT_EQ(d.average({95, 96, 100, 100, 106, 106}), 97.75F);
 }
 
 TEST(PitchDetector, WhenTheSmallestSpacingIsTheMostCommonTheLargestIsTheReference) {

@@ -182,7 +182,11 @@ TEST(PropertyList, CommentsMayStandWhereWhiteSpaceMay) {
 
 TEST(PropertyList, SlashesInsideABareStringAreNoComment) {
   EXPECT_EQ(parsedOutline(u"(http://a, /usr/x)"), "(http://a /usr/x)");
-  EXPECT_EQ(errorOf(u"(a/*b*/)"), "line 1, column 4: expected ',' or ')'");
+}
+
+TEST(PropertyList, ABlockCommentMayFollowABareStringWithoutASpace) {
+  EXPECT_EQ(parsedOutline(u"{a/*b*/=(1.5/*c*/,/usr/x/**/);}"), "{a=(1.5 /usr/x)}");
+  EXPECT_EQ(errorOf(u"(a/*b)"), "line 1, column 3: comment has no end");
 }
 
 TEST(PropertyList, ABlockCommentNeedsItsEnd) {
