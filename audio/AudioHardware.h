@@ -4,10 +4,11 @@
 // asked for.
 //
 // Contract of every implementation
-//   Threads. Input procedures run on the input thread, one per started device, with real-time
-//     priority where the system grants it. Property listeners run on the notification thread.
-//     All operations may be called on the main thread; property reads and writes also on the
-//     notification thread. None may be called on the input thread; none is real-time safe.
+//   Threads. Input procedures run on the input thread, one per started device and procedure, with
+//     real-time priority where the system grants it (a backend that reads a disk asks for none).
+//     Property listeners run on the notification thread. All operations may be called on the main
+//     thread; property reads and writes also on the notification thread. None may be called on the
+//     input thread; none is real-time safe.
 //   Removal. Once AudioDeviceStop or AudioDeviceRemoveIOProc returns, the input procedure is not
 //     running and will not run again; once AudioDeviceRemovePropertyListener returns, the same
 //     holds for the listener. A listener may remove itself.
@@ -23,6 +24,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "core/AudioTypes.h"
 
@@ -104,7 +106,9 @@ static_assert(sizeof(AudioStringRef) == 8);
 inline AudioStringRef AudioStringCreate(std::string text) {
   return new std::string(std::move(text));
 }
-inline void AudioStringRelease(AudioStringRef string) { delete string; }
+inline void AudioStringRelease(AudioStringRef string) {
+  delete string;
+}
 
 // Called on the notification thread. isInput is non-zero for the input side.
 using AudioDevicePropertyListenerProc = OSStatus (*)(AudioDeviceID inDevice, UInt32 inChannel,
@@ -125,8 +129,8 @@ class AudioHardware {
   virtual OSStatus AudioDeviceGetPropertyInfo(AudioDeviceID inDevice, UInt32 inChannel,
                                               Boolean isInput, AudioDevicePropertyID inPropertyID,
                                               UInt32 *outSize, Boolean *outWritable) = 0;
-  virtual OSStatus AudioDeviceGetProperty(AudioDeviceID inDevice, UInt32 inChannel,
-                                          Boolean isInput, AudioDevicePropertyID inPropertyID,
+  virtual OSStatus AudioDeviceGetProperty(AudioDeviceID inDevice, UInt32 inChannel, Boolean isInput,
+                                          AudioDevicePropertyID inPropertyID,
                                           UInt32 *ioPropertyDataSize, void *outPropertyData) = 0;
   // inWhen is ignored: every write takes effect as soon as it can.
   virtual OSStatus AudioDeviceSetProperty(AudioDeviceID inDevice, const AudioTimeStamp *inWhen,

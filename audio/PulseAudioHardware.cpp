@@ -5,6 +5,7 @@
 #include <cmath>
 #include <condition_variable>
 #include <cstring>
+#include <map>
 #include <mutex>
 #include <span>
 #include <vector>
@@ -76,8 +77,30 @@ struct PulseAudioHardware::Parts {
     isSettled = true;
   }
 
+  // The format as the program last read it.
+  void formatWasRead(const DeviceState &device) {
+    const std::lock_guard lock(formatsMutex);
+    formatsRead[device.id] = {device.sampleRate, device.channels};
+  }
+  // A change between that reading and the first listener would never be told otherwise.
+  void tellMissedFormat(AudioDeviceID id) {
+    const auto device = mirror.device(id);
+    const std::lock_guard lock(formatsMutex);
+    const auto read = formatsRead.find(id);
+    if (!device || read == formatsRead.end() ||
+        read->second == std::pair(device->sampleRate, device->channels))
+      return;
+    link.post([this, id] {
+      listeners.notify({id, 0, true, kAudioDevicePropertyStreamConfiguration});
+      listeners.notify({id, 0, true, kAudioDevicePropertyStreamFormat});
+    });
+  }
+
   PulseMirror mirror;
   ListenerList listeners;
+
+  std::mutex formatsMutex;
+  std::map<AudioDeviceID, std::pair<Float64, UInt32>> formatsRead;  // hertz, channels
 
   std::mutex settledMutex;
   std::condition_variable settled;
@@ -132,8 +155,11 @@ OSStatus PulseAudioHardware::AudioDeviceGetProperty(AudioDeviceID inDevice, UInt
   const auto device = mParts->mirror.device(inDevice);
   if (!device)
     return kAudioHardwareBadDeviceError;
-  return DeviceStateGetProperty(*device, inChannel, isInput, inPropertyID, ioPropertyDataSize,
-                                outPropertyData);
+  const OSStatus status = DeviceStateGetProperty(*device, inChannel, isInput, inPropertyID,
+                                                 ioPropertyDataSize, outPropertyData);
+  if (status == noErr && inPropertyID == kAudioDevicePropertyStreamFormat)
+    mParts->formatWasRead(*device);
+  return status;
 }
 
 OSStatus PulseAudioHardware::AudioDeviceSetProperty(
@@ -171,7 +197,9 @@ OSStatus PulseAudioHardware::AudioDeviceAddIOProc(AudioDeviceID inDevice, AudioD
 }
 
 OSStatus PulseAudioHardware::AudioDeviceStart(AudioDeviceID inDevice, AudioDeviceIOProc inProc) {
-  return mParts->inputs.start(inDevice, inProc);
+  const OSStatus status = mParts->inputs.start(inDevice, inProc);
+  mParts->tellMissedFormat(inDevice);
+  return status;
 }
 
 OSStatus PulseAudioHardware::AudioDeviceStop(AudioDeviceID inDevice, AudioDeviceIOProc inProc) {

@@ -107,8 +107,10 @@ void PulseInputStream::openStream() {
 }
 
 void PulseInputStream::streamIsReady() {
+  // The number too: a monitor may carry the name of a source.
   const char *source = pa_stream_get_device_name(mStream.get());
-  if (source == nullptr || source != mSpec.source)
+  if (source == nullptr || source != mSpec.source ||
+      pa_stream_get_device_index(mStream.get()) != mSpec.index)
     return fail();
   mIsDelivering = true;
 }

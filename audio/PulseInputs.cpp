@@ -27,10 +27,9 @@ OSStatus PulseInputs::start(AudioDeviceID device, AudioDeviceIOProc proc) {
     return kAudioHardwareIllegalOperationError;
   if (input->isStarted)
     return noErr;
-  if (!open(*input))
-    return kAudioHardwareUnspecifiedError;
+  // Also where it cannot be opened now: it is tried again with the next change at the server.
   input->isStarted = true;
-  return noErr;
+  return open(*input) ? noErr : kAudioHardwareUnspecifiedError;
 }
 
 OSStatus PulseInputs::stop(AudioDeviceID device, AudioDeviceIOProc proc) {

@@ -16,6 +16,7 @@ void PulseContextCloser::operator()(pa_context *context) const {
 PulseLoop::PulseLoop() : mLoop(pa_mainloop_new()) {}
 
 void PulseLoop::wake() {
+  mIsWoken.store(true);
   if (mLoop != nullptr)
     pa_mainloop_wakeup(mLoop.get());
 }
@@ -38,8 +39,11 @@ void PulseLoop::runFor(std::chrono::microseconds duration) {
 
 void PulseLoop::iterateWithin(int microseconds) {
   pa_mainloop *loop = mLoop.get();
-  if (pa_mainloop_prepare(loop, microseconds) < 0 || pa_mainloop_poll(loop) < 0 ||
-      pa_mainloop_dispatch(loop) < 0)
+  const bool isPrepared = pa_mainloop_prepare(loop, microseconds) >= 0;
+  // Preparing discards the wake-ups that came before it.
+  if (mIsWoken.exchange(false))
+    pa_mainloop_wakeup(loop);
+  if (!isPrepared || pa_mainloop_poll(loop) < 0 || pa_mainloop_dispatch(loop) < 0)
     std::this_thread::sleep_for(RetryDelay::kFirst);  // a loop that cannot wait must not spin
 }
 

@@ -46,6 +46,7 @@ class PulseLoop {
 
   std::unique_ptr<pa_mainloop, Closer> mLoop;
   std::atomic<bool> mQuit{false};
+  std::atomic<bool> mIsWoken{false};
 };
 
 }  // namespace orvane

@@ -111,8 +111,9 @@ void PulseMirror::appendChanges(const Device &before, const Device &after,
         i < was.volumes.size() && i < is.volumes.size() && was.volumes[i] == is.volumes[i];
     add(!same, static_cast<UInt32>(i + 1), kAudioDevicePropertyVolumeScalar);
   }
-  add(was.volumeBase != is.volumeBase || was.volumeSteps != is.volumeSteps, 0,
-      kAudioDevicePropertyVolumeRangeDecibels);
+  const bool isNewRange = was.volumeBase != is.volumeBase || was.volumeSteps != is.volumeSteps;
+  for (std::size_t i = 0; i < channels; ++i)
+    add(isNewRange, static_cast<UInt32>(i + 1), kAudioDevicePropertyVolumeRangeDecibels);
   const bool anything = changes->size() > countBefore || was != is;
   add(anything, 0, kAudioDevicePropertyDeviceHasChanged);
 }

@@ -46,6 +46,9 @@ class EndingSignals {
   int mDescriptor;
 };
 
+// Thirty years: beyond any session, and within what the clock can count.
+constexpr double kLongestSeconds = 1e9;
+
 double parseSeconds(const std::string &text) {
   double seconds = 0.0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), seconds);
@@ -58,7 +61,9 @@ double parseSeconds(const std::string &text) {
 // Readings in the form that fits: JSON Lines, one live line on a terminal, else a line per change.
 class LiveWriter {
  public:
-  explicit LiveWriter(bool json) : mJson(json) {
+  LiveWriter(bool json, int stopDescriptor, std::chrono::steady_clock::time_point deadline)
+      : mJson(json) {
+    mOutput.stopAt(stopDescriptor, deadline);
     const char *terminal = std::getenv("TERM");
     mIsLive =
         !json && Output::isTerminal() && terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
@@ -112,46 +117,103 @@ class LiveWriter {
   std::string mLast;
 };
 
+// What the terminal tells besides the readings: the device's going and coming, sound that stays
+// away, blocks that were lost. Each once.
+class Notices {
+ public:
+  Notices(const LiveInput &input, const BlockQueue &queue) : mInput(input), mQueue(queue) {}
+
+  void blockArrived(double now) {
+    mQuietSince = now;
+    mIsQuietTold = false;
+  }
+
+  // Seconds until look() may have something to say that nothing else wakes for.
+  double secondsToNext(double now) const {
+    return mIsQuietTold ? std::numeric_limits<double>::infinity()
+                        : std::max(0.0, mQuietSince + kQuietSeconds - now);
+  }
+
+  // The line to print, empty when there is none.
+  std::string look(double now) {
+    if (mInput.isAlive() != mWasAlive) {
+      mWasAlive = !mWasAlive;
+      blockArrived(now);
+      return mInput.title() + (mWasAlive ? ": is back" : ": is gone, waiting for its return");
+    }
+    if (!mIsQuietTold && now - mQuietSince >= kQuietSeconds) {
+      mIsQuietTold = true;
+      if (mWasAlive)
+        return mInput.title() + ": no sound arrives, not even silence; still listening";
+    }
+    if (mQueue.lostBlocks() != mLostBlocks) {
+      mLostBlocks = mQueue.lostBlocks();
+      return "memory: " + std::to_string(mLostBlocks) + " blocks of sound lost so far";
+    }
+    return {};
+  }
+
+ private:
+  static constexpr double kQuietSeconds = 3.0;
+
+  const LiveInput &mInput;
+  const BlockQueue &mQueue;
+  bool mWasAlive = true;
+  double mQuietSince = 0.0;
+  bool mIsQuietTold = false;
+  std::uint64_t mLostBlocks = 0;
+};
+
+// Waits for a block, a signal, the loss of the reader, or the end of the time. False when it is
+// time to stop.
+bool waitForMore(const WakeUpDescriptor &wakeUp, const EndingSignals &signals, double seconds) {
+  const double milliseconds = std::clamp(std::ceil(seconds * 1000.0), 0.0, 86'400'000.0);
+  pollfd descriptors[] = {
+      {wakeUp.descriptor(), POLLIN, 0}, {signals.descriptor(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
+  if (::poll(descriptors, 3, static_cast<int>(milliseconds)) < 0 && errno != EINTR)
+    throw CliError(kExitFailed, "poll", std::strerror(errno));
+  if (descriptors[1].revents != 0)
+    return false;
+  // Told at once, not only with the next line: there may never be one.
+  if ((descriptors[2].revents & POLLERR) != 0)
+    throw CliError(kExitFailed, "standard output", std::strerror(EPIPE));
+  return true;
+}
+
 int listen(const ListenOptions &options, const Tuning &tuning, double seconds) {
   using Clock = std::chrono::steady_clock;
   const EndingSignals signals;
   const Inputs inputs(options.inputs);
   WakeUpDescriptor wakeUp;
   TerminalTuner tuner(tuning, &wakeUp);
-  LiveInput input(inputs, options.device, tuner, wakeUp);
-  LiveWriter writer(options.json);
+  const LiveInput input(inputs, options.device, tuner, wakeUp);
 
   const auto start = Clock::now();
   const auto now = [start] { return std::chrono::duration<double>(Clock::now() - start).count(); };
-  bool wasAlive = true;
-  std::uint64_t lostBlocks = 0;
-  while (now() < seconds) {
-    const double left = std::ceil((seconds - now()) * 1000.0);
-    // A whole day at most: longer does not fit the argument, and waking once a day costs nothing.
-    const int timeout = static_cast<int>(std::clamp(left, 0.0, 86'400'000.0));
-    pollfd descriptors[] = {{wakeUp.descriptor(), POLLIN, 0}, {signals.descriptor(), POLLIN, 0}};
-    if (::poll(descriptors, 2, timeout) < 0 && errno != EINTR)
-      throw CliError(kExitFailed, "poll", std::strerror(errno));
-    if (descriptors[1].revents != 0)
-      break;
-
-    wakeUp.clear();
-    while (const auto reading = tuner.takeReading(now()))
-      writer.write(*reading);
-    writer.settle(tuner.display());
-
-    if (input.isAlive() != wasAlive) {
-      wasAlive = !wasAlive;
-      writer.finish();
-      printError(input.title() + (wasAlive ? ": is back" : ": is gone, waiting for its return"));
+  LiveWriter writer(options.json, signals.descriptor(),
+                    start + std::chrono::duration_cast<Clock::duration>(
+                                std::chrono::duration<double>(std::min(seconds, kLongestSeconds))));
+  Notices notices(input, tuner.queue());
+  try {
+    while (now() < seconds &&
+           waitForMore(wakeUp, signals, std::min(seconds - now(), notices.secondsToNext(now())))) {
+      wakeUp.clear();
+      while (const auto reading = tuner.takeReading(now())) {
+        notices.blockArrived(reading->time);
+        writer.write(*reading);
+        if (now() >= seconds)
+          break;
+      }
+      writer.settle(tuner.display());
+      for (std::string line; !(line = notices.look(now())).empty();) {
+        writer.finish();
+        printError(line);
+      }
     }
-    if (tuner.queue().lostBlocks() != lostBlocks) {
-      lostBlocks = tuner.queue().lostBlocks();
-      writer.finish();
-      printError("memory: " + std::to_string(lostBlocks) + " blocks of sound lost so far");
-    }
+    writer.finish();
+  } catch (const Output::Stopped &) {
+    // The reader had stopped reading; what it did not take is lost to it.
   }
-  writer.finish();
   return kExitDone;
 }
 

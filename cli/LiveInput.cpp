@@ -28,6 +28,7 @@ LiveInput::LiveInput(const Inputs &inputs, const std::optional<std::string> &tit
   mCapture.setSampleRate(mAUInputUnit.sampleRate());
   // A change told between the reading and the storing of the rate must not be lost.
   mCapture.updateSampleRate(mAUInputUnit.sampleRate());
+  readIsAlive(mAUInputUnit.inputDevice());
 }
 
 LiveInput::~LiveInput() {
@@ -54,15 +55,18 @@ OSStatus LiveInput::listenerProc(const PropertyChange *change) {
   if (change->isInput == 0)
     return noErr;
   mCapture.updateSampleRate(mAUInputUnit.sampleRate());
-  if (change->propertyID == kAudioDevicePropertyDeviceIsAlive) {
-    UInt32 isAlive = 1;
-    UInt32 size = sizeof isAlive;
-    mHardware.AudioDeviceGetProperty(change->device, 0, 1, kAudioDevicePropertyDeviceIsAlive, &size,
-                                     &isAlive);
-    mIsAlive.store(isAlive != 0, std::memory_order_relaxed);
-    mWakeUp.signal();
-  }
+  if (change->propertyID == kAudioDevicePropertyDeviceIsAlive)
+    readIsAlive(change->device);
   return noErr;
+}
+
+void LiveInput::readIsAlive(AudioDeviceID device) {
+  UInt32 isAlive = 1;
+  UInt32 size = sizeof isAlive;
+  mHardware.AudioDeviceGetProperty(device, 0, 1, kAudioDevicePropertyDeviceIsAlive, &size,
+                                   &isAlive);
+  mIsAlive.store(isAlive != 0, std::memory_order_relaxed);
+  mWakeUp.signal();
 }
 
 }  // namespace orvane

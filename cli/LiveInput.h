@@ -40,6 +40,8 @@ class LiveInput {
                                              void *inClientData);
   // Notification thread.
   OSStatus listenerProc(const PropertyChange *change);
+  // Main or notification thread.
+  void readIsAlive(AudioDeviceID device);
 
   AudioHardware &mHardware;
   CaptureBuffer &mCapture;

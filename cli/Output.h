@@ -2,6 +2,7 @@
 // with the reason. Buffered; a command flushes where its reader should see a line at once.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,12 @@ class Output {
   // output by accident, and that a closed pipe is an error and not a signal. Call first in main.
   static void prepareStandardStreams();
 
+  // Thrown by a write that waited for its reader when the time to stop came.
+  struct Stopped {};
+
+  // From now on no write waits longer than until descriptor turns readable or the deadline comes.
+  void stopAt(int descriptor, std::chrono::steady_clock::time_point deadline);
+
   // Throw CliError (exit 1) when standard output cannot take the text.
   void write(std::string_view text);
   void flush();
@@ -20,7 +27,11 @@ class Output {
   static bool isTerminal();
 
  private:
+  void waitUntilWritable() const;
+
   std::string mPending;
+  int mStopDescriptor = -1;
+  std::chrono::steady_clock::time_point mDeadline;
 };
 
 }  // namespace orvane

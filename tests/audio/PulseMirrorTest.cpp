@@ -108,9 +108,9 @@ TEST_F(PulseMirrorTest, AVolumeIsToldForTheChannelThatChanged) {
   changed.volume.values[1] = 1000;
   EXPECT_EQ(list({changed}), (Texts{"1 2 volm", "1 0 diff"}));
   changed.volumeBase = 30000;
-  EXPECT_EQ(list({changed}), (Texts{"1 0 vdb#", "1 0 diff"}));
+  EXPECT_EQ(list({changed}), (Texts{"1 1 vdb#", "1 2 vdb#", "1 0 diff"}));
   changed.volumeSteps = 12;
-  EXPECT_EQ(list({changed}), (Texts{"1 0 vdb#", "1 0 diff"}));
+  EXPECT_EQ(list({changed}), (Texts{"1 1 vdb#", "1 2 vdb#", "1 0 diff"}));
 }
 
 TEST_F(PulseMirrorTest, AChangedPortIsToldAndPortsKeepTheirNumbers) {

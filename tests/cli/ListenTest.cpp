@@ -2,6 +2,7 @@
 #include <array>
 #include <csignal>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
@@ -53,6 +54,45 @@ TEST_F(Listen, AnInterruptEndsItCleanly) {
   EXPECT_EQ(result.errors, "");
   ASSERT_FALSE(result.lines().empty());
   EXPECT_TRUE(nlohmann::json::accept(result.lines().back())) << "no torn line";
+}
+
+// The reader holds the pipe open and never reads: the pipe fills up, and neither the end of the
+// time nor an interrupt may be kept waiting by that.
+TEST_F(Listen, AReaderThatStopsReadingCannotKeepItFromEnding) {
+  const std::string fast = mFolder.writeSound("fast.wav", sine(440.0, 44100, 1.0), 44100);
+  for (const bool interrupt : {false, true}) {
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);
+    ::fcntl(pipe[1], F_SETPIPE_SZ, 4096);  // full after a dozen readings
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      ::dup2(pipe[1], STDOUT_FILENO);
+      ::execl(ORVANE_CLI, "orvane-cli", "listen", "--json", "--input", fast.c_str(), "--seconds",
+              interrupt ? "1000" : "2", nullptr);
+      ::_exit(127);
+    }
+    ::close(pipe[1]);
+    int status = -1;
+    for (int tenths = 0; tenths < 100 && ::waitpid(child, &status, WNOHANG) == 0; ++tenths) {
+      if (interrupt && tenths == 20)
+        ::kill(child, SIGINT);
+      ::usleep(100'000);
+    }
+    EXPECT_EQ(status, 0) << (interrupt ? "interrupted" : "time over");
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+    ::close(pipe[0]);
+  }
+}
+
+TEST_F(Listen, AReaderThatLeavesIsNoticedEvenWhenNothingChanges) {
+  CommandOptions early;
+  early.closeEarly = true;
+  const CommandResult result = runCommand(
+      {"listen", "--input", mFolder.writeSound("s.wav", std::vector<float>(8000), 8000)}, early);
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors, "orvane-cli: standard output: Broken pipe\n");
 }
 
 TEST_F(Listen, WithoutATerminalALineIsPrintedPerChange) {

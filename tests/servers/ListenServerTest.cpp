@@ -80,6 +80,16 @@ class Listener {
     return eventually([&] { return accepted(line).size() >= 10; });
   }
 
+  // Whether it comes to print a notice that ends so.
+  bool says(const std::string &end) const {
+    return eventually([&] {
+      const auto all = lines();
+      return std::any_of(all.begin(), all.end(), [&](const std::string &line) {
+        return line.starts_with("orvane-cli: ") && line.ends_with(end);
+      });
+    });
+  }
+
   int interrupt() {
     mProcess.signal(SIGINT);
     return mProcess.wait(std::chrono::seconds(5));
@@ -145,18 +155,10 @@ TEST_P(ListenServerTest, AfterTheSourcesReturnTheSameNoteIsNamedAgainAndNoOtherM
   Listener listener(titleEndingIn("Mic"));
   ASSERT_TRUE(listener.hearsFrom(0));
   mServer.unload(mMicModule);
-  const auto said = [&](const char *text) {
-    return eventually([&] {
-      const auto lines = listener.lines();
-      return std::any_of(lines.begin(), lines.end(), [&](const std::string &line) {
-        return line.starts_with("orvane-cli: ") && line.ends_with(text);
-      });
-    });
-  };
-  ASSERT_TRUE(said(" : Mic: is gone, waiting for its return"));
+  ASSERT_TRUE(listener.says(" : Mic: is gone, waiting for its return"));
   const std::size_t before = listener.lines().size();
   ASSERT_NE(loadMic(), "");
-  ASSERT_TRUE(said(" : Mic: is back"));
+  ASSERT_TRUE(listener.says(" : Mic: is back"));
   ASSERT_TRUE(listener.hearsFrom(before));
   EXPECT_EQ(otherNotes(listener, "E♭3"), std::set<std::string>());
   EXPECT_EQ(listener.interrupt(), 0);
@@ -173,6 +175,19 @@ TEST_P(ListenServerTest, AfterTheServersReturnTheSameNoteIsNamedAgainAndNoOtherM
   ASSERT_TRUE(listener.hearsFrom(before));
   EXPECT_EQ(otherNotes(listener, "E♭3"), std::set<std::string>());
   EXPECT_EQ(listener.interrupt(), 0);
+}
+
+TEST_P(ListenServerTest, AFrozenServerIsToldAndHeardAgainWhenItThaws) {
+  Listener listener(titleEndingIn("Mic"));
+  ASSERT_TRUE(listener.hearsFrom(0));
+  mServer.freeze();
+  EXPECT_TRUE(listener.says(" : Mic: no sound arrives, not even silence; still listening"));
+  const std::size_t before = listener.lines().size();
+  mServer.thaw();
+  EXPECT_TRUE(listener.hearsFrom(before));
+  mServer.freeze();
+  EXPECT_EQ(listener.interrupt(), 0) << "ends while the server is frozen";
+  mServer.thaw();
 }
 
 // Name, volume, mute state and active port of every source, as the server tells them.

@@ -126,6 +126,38 @@ TEST_P(PulseRecoveryTest, AChangedRateIsToldAndHeard) {
   EXPECT_TRUE(eventually([&] { return ear.hears(kMine, before, kPlenty); }));
 }
 
+TEST_P(PulseRecoveryTest, ARateThatChangedWhileNobodyListenedIsToldAtTheNextStart) {
+  PulseAudioHardware hardware;
+  const AudioDeviceID mic = deviceNamed(hardware, "Mic");
+  ASSERT_EQ(streamFormat(hardware, mic)->mSampleRate, 48000.0);
+  server.unload(micModule);
+  ASSERT_TRUE(eventually([&] { return !isAlive(hardware, mic); }));
+  ASSERT_NE(loadMic(44100), "");
+  ASSERT_TRUE(eventually([&] { return isAlive(hardware, mic); }));
+  PropertyLog log(hardware, mic);
+  const Ear ear(hardware, mic);
+  EXPECT_TRUE(eventually([&] { return log.count(kAudioDevicePropertyStreamFormat) == 1; }));
+}
+
+// A real source may be named as a sink's monitor would be, and the server then offers the monitor
+// under its name.
+TEST_P(PulseRecoveryTest, AMonitorThatTakesTheNameOfASourceIsNotHeardInItsPlace) {
+  if (GetParam() == Kind::kPulseAudio)
+    GTEST_SKIP() << "names are unique on PulseAudio";
+  ASSERT_NE(server.loadSource("foo.monitor", 48000, 1, "device.description=Foo"), "");
+  const PipeFeeder feeder(server.pipeOf("foo.monitor"), [](std::uint64_t) { return kMine; });
+  PrivateServer::control({"load-module", "module-null-sink", "sink_name=foo"});
+  PulseAudioHardware hardware;
+  const AudioDeviceID foo = deviceNamed(hardware, "Foo");
+  ASSERT_NE(foo, 0U);
+  const Ear ear(hardware, foo);
+  // Silence or nothing would be the monitor's; the source's own signal is the only thing allowed.
+  std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+  const std::vector<float> samples = ear.samplesFrom(0);
+  EXPECT_TRUE(std::ranges::all_of(samples, [](float sample) { return sample != 0.0F; }))
+      << samples.size();
+}
+
 TEST_P(PulseRecoveryTest, AFrozenServerHoldsUpNeitherReadsNorWritesNorStopping) {
   auto hardware = std::make_unique<PulseAudioHardware>();
   const AudioDeviceID mic = deviceNamed(*hardware, "Mic");
