@@ -46,19 +46,21 @@ std::string limitsReason(std::int64_t channels, std::int64_t rate) {
   return {};
 }
 
+bool contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
 // libsndfile's words for its last failure to open, on one line and without an end.
 std::string decoderReason() {
   if (sf_error(nullptr) == SF_ERR_UNRECOGNISED_FORMAT)
     return "is not a sound file";
   std::string text = sf_strerror(nullptr);
+  if (contains(text, "nternal error"))  // says nothing to anyone
+    return "cannot be read as sound (its header makes no sense)";
   std::replace(text.begin(), text.end(), '\n', ' ');
   while (!text.empty() && (text.back() == '.' || text.back() == ' '))
     text.pop_back();
   return "cannot be read as sound (" + text + ")";
-}
-
-bool contains(std::string_view text, std::string_view part) {
-  return text.find(part) != std::string_view::npos;
 }
 
 // What the decoder noted about a sound that is shorter than its header says, or broken, in the
@@ -278,6 +280,9 @@ std::string SoundFile::trouble() const {
   if (isExact && reader.framesRead < frames())
     return "ends early: " + std::to_string(reader.framesRead) + " of " + std::to_string(frames()) +
            " frames can be read";
+
+  if (reader.framesRead == 0)
+    return "holds no sound";
 
   // Winding back leaves notes of its own.
   if (reader.isWoundBack)

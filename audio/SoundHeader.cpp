@@ -103,8 +103,9 @@ SoundHeader readSoundHeader(int descriptor, std::uint64_t fileBytes) {
     SoundHeader header;
     const std::uint64_t offset = bigEndian.word(start.data() + 4);
     const std::uint32_t length = bigEndian.word(start.data() + 8);
-    if (!isOpenLength(length) && offset <= fileBytes)
-      header.length = {length, std::min<std::uint64_t>(length, fileBytes - offset)};
+    if (!isOpenLength(length))
+      header.length = {
+          length, offset < fileBytes ? std::min<std::uint64_t>(length, fileBytes - offset) : 0};
     return header;
   }
   return {};

@@ -50,7 +50,7 @@ class ReadingWriter {
 // Returns why the recording could not be read to its end; empty when it could. Throws CliError only
 // for what ends the whole command.
 std::string analyze(const std::string &file, std::uint32_t callbackFrames, const Tuning &tuning,
-                    ReadingWriter &&writer) {
+                    Output &output, ReadingWriter &&writer) {
   std::string reason;
   std::optional<SoundFile> sound = SoundFile::open(file, reason);
   if (!sound)
@@ -69,7 +69,7 @@ std::string analyze(const std::string &file, std::uint32_t callbackFrames, const
   AudioTimeStamp time;
   const IOProcCall call{0, &time, &list, &time, nullptr, nullptr};
 
-  ProgressBar progress(file, sound->frames());
+  ProgressBar progress(output, file, sound->frames());
   std::uint64_t frames = 0;
   std::uint64_t blocks = 0;
   while (const std::int64_t read = sound->readFrames(samples.data(), callbackFrames)) {
@@ -104,7 +104,7 @@ int runAnalyze(const AnalyzeOptions &options, const CommonOptions &common) {
     if (several && !options.json)
       output.write(oneLine(file) + ":\n");
     const std::string reason =
-        analyze(file, callbackFrames, tuning,
+        analyze(file, callbackFrames, tuning, output,
                 ReadingWriter(output, options.json, several ? file : std::string_view()));
     const auto tellReason = [&] {
       if (!reason.empty())

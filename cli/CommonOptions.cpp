@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 
 #include <CLI/CLI.hpp>
 
@@ -37,14 +36,6 @@ std::string lowerAscii(std::string text) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
   });
   return text;
-}
-
-template <typename Number>
-bool parseWhole(std::string_view text, Number &value) {
-  if (text.starts_with('+') && text.size() > 1 && text[1] != '-')
-    text.remove_prefix(1);
-  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-  return result.ec == std::errc() && result.ptr == text.data() + text.size();
 }
 
 float parseReferencePitch(const std::string &text) {

@@ -1,6 +1,7 @@
 #include "cli/Inputs.h"
 
 #include <filesystem>
+#include <system_error>
 
 #include "audio/PulseAudioHardware.h"
 #include "audio/RecordingHardware.h"
@@ -10,9 +11,13 @@ namespace orvane {
 
 Inputs::Inputs(const std::vector<std::string> &files) {
   if (files.empty()) {
-    auto server = std::make_unique<PulseAudioHardware>();
-    mServer = server.get();
-    mHardware = std::move(server);
+    try {
+      auto server = std::make_unique<PulseAudioHardware>();
+      mServer = server.get();
+      mHardware = std::move(server);
+    } catch (const std::system_error &error) {
+      throw CliError(kExitFailed, "sound server", error.code().message());
+    }
     return;
   }
   auto recordings = std::make_unique<RecordingHardware>(

@@ -19,6 +19,7 @@ class Inputs {
   ~Inputs();
 
   AudioHardware &hardware() const { return *mHardware; }
+  bool isServer() const { return mServer != nullptr; }
 
   // Call after the devices have been listed. Throws CliError (exit 1) with the reason when the
   // sound server cannot be reached.

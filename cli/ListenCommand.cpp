@@ -1,7 +1,6 @@
 // Tunes live: waits for blocks, for the end of the time asked for, and for the signals that end it.
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <csignal>
@@ -10,7 +9,6 @@
 #include <limits>
 
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -20,6 +18,7 @@
 #include "cli/Output.h"
 #include "cli/ReadingJson.h"
 #include "cli/ReadingText.h"
+#include "cli/Terminal.h"
 
 namespace orvane {
 namespace {
@@ -31,16 +30,26 @@ class EndingSignals {
   EndingSignals() {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-      sigaddset(&signals, signal);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+      // Whoever started this may want it to outlive them (nohup).
+      struct sigaction action {};
+      if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
+        sigaddset(&signals, signal);
+    }
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     mDescriptor = ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+    if (mDescriptor < 0)
+      throw CliError(kExitFailed, "signals", std::strerror(errno));
   }
   ~EndingSignals() { ::close(mDescriptor); }
   EndingSignals(const EndingSignals &) = delete;
   EndingSignals &operator=(const EndingSignals &) = delete;
 
   int descriptor() const { return mDescriptor; }
+  bool isPending() const {
+    pollfd descriptor = {mDescriptor, POLLIN, 0};
+    return ::poll(&descriptor, 1, 0) == 1;
+  }
 
  private:
   int mDescriptor;
@@ -51,9 +60,7 @@ constexpr double kLongestSeconds = 1e9;
 
 double parseSeconds(const std::string &text) {
   double seconds = 0.0;
-  const auto result = std::from_chars(text.data(), text.data() + text.size(), seconds);
-  if (result.ec != std::errc() || result.ptr != text.data() + text.size() || !(seconds > 0.0) ||
-      !std::isfinite(seconds))
+  if (!parseWhole(text, seconds) || !(seconds > 0.0) || !std::isfinite(seconds))
     throw CliError(kExitUsage, "--seconds", "'" + text + "' is not a number of seconds above 0");
   return seconds;
 }
@@ -84,7 +91,7 @@ class LiveWriter {
   // After a run of readings: the live line shows only the newest.
   void settle(const Display &display) {
     if (mIsLive)
-      show(liveLine(display, mIsColoured, columns()), "\r", "\x1b[K");
+      show(liveLine(display, mIsColoured, terminalColumns(STDOUT_FILENO)), "\r", "\x1b[K");
   }
 
   // Before something else goes to the terminal, and at the end: the live line stays above it.
@@ -96,11 +103,6 @@ class LiveWriter {
   }
 
  private:
-  static std::size_t columns() {
-    winsize size{};
-    return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
-  }
-
   void show(std::string line, const char *before, const char *after) {
     if (line == mLast)
       return;
@@ -139,6 +141,8 @@ class Notices {
     if (mInput.isAlive() != mWasAlive) {
       mWasAlive = !mWasAlive;
       blockArrived(now);
+      if (!mWasAlive && mInput.isFile())
+        throw CliError(kExitFailed, mInput.title(), "gives no sound");  // a file does not return
       return mInput.title() + (mWasAlive ? ": is back" : ": is gone, waiting for its return");
     }
     if (!mIsQuietTold && now - mQuietSince >= kQuietSeconds) {
@@ -185,15 +189,25 @@ int listen(const ListenOptions &options, const Tuning &tuning, double seconds) {
   const EndingSignals signals;
   const Inputs inputs(options.inputs);
   WakeUpDescriptor wakeUp;
+  if (wakeUp.descriptor() < 0)
+    throw CliError(kExitFailed, "wake-up", "the system has no descriptor to give");
   TerminalTuner tuner(tuning, &wakeUp);
-  const LiveInput input(inputs, options.device, tuner, wakeUp);
+  std::optional<LiveInput> input;
+  try {
+    input.emplace(inputs, options.device, tuner, wakeUp);
+  } catch (const CliError &) {
+    // An end that was asked for while the server kept us waiting is no failure.
+    if (signals.isPending())
+      return kExitDone;
+    throw;
+  }
 
   const auto start = Clock::now();
   const auto now = [start] { return std::chrono::duration<double>(Clock::now() - start).count(); };
   LiveWriter writer(options.json, signals.descriptor(),
                     start + std::chrono::duration_cast<Clock::duration>(
                                 std::chrono::duration<double>(std::min(seconds, kLongestSeconds))));
-  Notices notices(input, tuner.queue());
+  Notices notices(*input, tuner.queue());
   try {
     while (now() < seconds &&
            waitForMore(wakeUp, signals, std::min(seconds - now(), notices.secondsToNext(now())))) {

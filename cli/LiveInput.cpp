@@ -9,7 +9,8 @@ LiveInput::LiveInput(const Inputs &inputs, const std::optional<std::string> &tit
     : mHardware(inputs.hardware()),
       mCapture(tuner.capture()),
       mWakeUp(wakeUp),
-      mAUInputUnit(mHardware) {
+      mAUInputUnit(mHardware),
+      mIsFile(!inputs.isServer()) {
   inputs.checkReached();
   mAUInputUnit.setIOProc(ControllerIOProc, this);
   mAUInputUnit.setListenerProc(ControllerPropertyListener, this);

@@ -27,6 +27,8 @@ class LiveInput {
   LiveInput &operator=(const LiveInput &) = delete;
 
   const std::string &title() const { return mTitle; }
+  // Whether it is a sound file, which does not come back once it is gone.
+  bool isFile() const { return mIsFile; }
   bool isAlive() const { return mIsAlive.load(std::memory_order_relaxed); }
 
  private:
@@ -49,6 +51,7 @@ class LiveInput {
   AUInputUnit mAUInputUnit;
   DeviceMenu mInputDevicePopUpButton;
   std::string mTitle;
+  const bool mIsFile;
   std::atomic<bool> mIsAlive{true};
 };
 

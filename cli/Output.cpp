@@ -21,8 +21,14 @@ constexpr int kLongestWait = 86'400'000;  // milliseconds, a day: longer waits a
 // Writes some of the text and takes that much off it. False on an error.
 bool writeSome(int descriptor, std::string_view &text, std::size_t most) {
   const ssize_t written = ::write(descriptor, text.data(), std::min(text.size(), most));
-  if (written < 0)
+  if (written < 0) {
+    // Standard output may be shared with a program that made it non-blocking.
+    if (errno == EAGAIN || errno == EWOULDBLOCK) {
+      pollfd writable = {descriptor, POLLOUT, 0};
+      return ::poll(&writable, 1, -1) >= 0 || errno == EINTR;
+    }
     return errno == EINTR;
+  }
   text.remove_prefix(static_cast<std::size_t>(written));
   return true;
 }
@@ -30,9 +36,22 @@ bool writeSome(int descriptor, std::string_view &text, std::size_t most) {
 }  // namespace
 
 std::string oneLine(std::string text) {
-  for (char &c : text) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f)
-      c = '?';
+  // Besides the plain control characters, in UTF-8: U+0080 to U+009F, which some terminals obey,
+  // and the marks that turn the direction of writing or end the line.
+  const auto isCommand = [&text](std::size_t at, std::size_t length) {
+    const std::string_view bytes = std::string_view(text).substr(at, length);
+    if (length == 2)
+      return bytes >= "\xC2\x80" && bytes <= "\xC2\x9F" && bytes.size() == 2;
+    return (bytes >= "\u2028" && bytes <= "\u202E") || (bytes >= "\u2066" && bytes <= "\u2069");
+  };
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const auto byte = static_cast<unsigned char>(text[at]);
+    if (byte < 0x20 || byte == 0x7F)
+      text[at] = '?';
+    else if (byte == 0xC2 && isCommand(at, 2))
+      text.replace(at, 2, "?");
+    else if (byte == 0xE2 && isCommand(at, 3))
+      text.replace(at, 3, "?");
   }
   return text;
 }
@@ -50,7 +69,9 @@ void Output::prepareStandardStreams() {
     if (::fcntl(descriptor, F_GETFD) < 0 && errno == EBADF)
       ::open("/dev/null", O_RDONLY);
   }
+  // A closed pipe and a limit of the file's size are errors of the write, not signals.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
 }
 
 void Output::write(std::string_view text) {
@@ -75,6 +96,8 @@ void Output::waitUntilWritable() const {
 }
 
 void Output::flush() {
+  if (mBeforeFlush && !mPending.empty())
+    mBeforeFlush();
   std::string text;
   text.swap(mPending);
   std::string_view left = text;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,9 @@ class Output {
   // From now on no write waits longer than until descriptor turns readable or the deadline comes.
   void stopAt(int descriptor, std::chrono::steady_clock::time_point deadline);
 
+  // Called before text goes out: a chance to clear what stands in its place on the terminal.
+  void setBeforeFlush(std::function<void()> beforeFlush) { mBeforeFlush = std::move(beforeFlush); }
+
   // Throw CliError (exit 1) when standard output cannot take the text.
   void write(std::string_view text);
   void flush();
@@ -28,6 +32,8 @@ class Output {
 
  private:
   void waitUntilWritable() const;
+
+  std::function<void()> mBeforeFlush;
 
   std::string mPending;
   int mStopDescriptor = -1;

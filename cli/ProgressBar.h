@@ -1,5 +1,4 @@
-// A progress bar on standard error, shown only when that is a terminal, the output goes elsewhere
-// and the work is long.
+// A progress bar on standard error, shown only when that is a terminal and the work is long.
 #pragma once
 
 #include <cstdint>
@@ -7,10 +6,13 @@
 
 namespace orvane {
 
+class Output;
+
 class ProgressBar {
  public:
-  // total: units of work; 0 or less when unknown, and nothing is then shown.
-  ProgressBar(std::string title, std::int64_t total);
+  // Clears itself before output writes anything, so that the two may share a terminal; output must
+  // outlive it. total: units of work; 0 or less when unknown, and nothing is then shown.
+  ProgressBar(Output &output, const std::string &title, std::int64_t total);
   ~ProgressBar();
   ProgressBar(const ProgressBar &) = delete;
   ProgressBar &operator=(const ProgressBar &) = delete;
@@ -18,9 +20,14 @@ class ProgressBar {
   void advanceTo(std::int64_t done);
 
  private:
+  void draw();
+  void clear();
+
+  Output &mOutput;
   std::string mTitle;
   std::int64_t mTotal;
-  bool mShown;
+  bool mIsWanted;
+  bool mIsDrawn = false;
   int mPercent = -1;
 };
 

@@ -22,6 +22,27 @@ void appendNumber(std::string &line, Number value) {
   line.append(text.data(), end.ptr);
 }
 
+// The fields of one object, in the order they are added.
+class Fields {
+ public:
+  explicit Fields(std::string &line) : mLine(line) { mLine += '{'; }
+
+  void addText(const char *name, std::string_view json) {
+    mLine.append(mIsFirst ? "\"" : ",\"").append(name).append("\":").append(json);
+    mIsFirst = false;
+  }
+  template <typename Number>
+  void add(const char *name, Number value) {
+    addText(name, {});
+    appendNumber(mLine, value);
+  }
+  void end() { mLine += "}\n"; }
+
+ private:
+  std::string &mLine;
+  bool mIsFirst = true;
+};
+
 }  // namespace
 
 std::string jsonString(std::string_view text) {
@@ -30,40 +51,30 @@ std::string jsonString(std::string_view text) {
 
 void appendJson(std::string &line, const Reading &reading, std::string_view file) {
   const Display &display = reading.display;
-  line += '{';
+  const NoteTexts &texts = display.texts;
+  Fields fields(line);
   if (!file.empty())
-    line += "\"file\":" + jsonString(file) + ',';
-  line += "\"block\":";
-  appendNumber(line, reading.block);
-  line += ",\"time\":";
-  appendNumber(line, reading.time);
-  line += ",\"detected\":";
+    fields.addText("file", jsonString(file));
+  fields.add("block", reading.block);
+  fields.add("time", reading.time);
   if (reading.detected)
-    appendNumber(line, *reading.detected);
+    fields.add("detected", *reading.detected);
   else
-    line += "null";
-  line += ",\"accepted\":";
-  line += reading.accepted ? "true" : "false";
-  line += ",\"rawPeak\":";
-  appendNumber(line, reading.rawPeak);
-  line += ",\"peak\":";
-  appendNumber(line, reading.peak);
-  line += ",\"peakHold\":";
-  appendNumber(line, reading.peakHold);
-  line += ",\"frequency\":";
-  appendNumber(line, reading.frequency);
-  line += ",\"note\":\"" + display.texts.mNoteText + "\",\"accidental\":\"";
-  if (display.texts.mAccidentalText != " ")
-    line += display.texts.mAccidentalText;
-  line += "\",\"octave\":\"" + display.texts.mOctaveText + "\",\"cents\":";
-  appendNumber(line, display.lamps.cents);
-  line += ",\"deviation\":";
-  appendNumber(line, display.deviation);
-  line += ",\"idealFrequency\":";
-  appendNumber(line, display.idealFrequency);
-  line += ",\"difference\":";
-  appendNumber(line, display.difference);
-  line += "}\n";
+    fields.addText("detected", "null");
+  fields.addText("accepted", reading.accepted ? "true" : "false");
+  fields.add("rawPeak", reading.rawPeak);
+  fields.add("peak", reading.peak);
+  fields.add("peakHold", reading.peakHold);
+  fields.add("frequency", reading.frequency);
+  fields.addText("note", '"' + texts.mNoteText + '"');
+  fields.addText("accidental",
+                 texts.mAccidentalText == " " ? "\"\"" : '"' + texts.mAccidentalText + '"');
+  fields.addText("octave", '"' + texts.mOctaveText + '"');
+  fields.add("cents", display.lamps.cents);
+  fields.add("deviation", display.deviation);
+  fields.add("idealFrequency", display.idealFrequency);
+  fields.add("difference", display.difference);
+  fields.end();
 }
 
 }  // namespace orvane

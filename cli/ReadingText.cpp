@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 
+#include "cli/Terminal.h"
 #include "core/SignedText.h"
 
 namespace orvane {
@@ -15,11 +16,8 @@ constexpr const char *kBlue = "\x1b[34m";
 constexpr const char *kYellow = "\x1b[33m";
 constexpr const char *kPlain = "\x1b[0m";
 
-// UTF-8 text as wide as a terminal shows it: one column a code point.
 std::string padded(const std::string &text, std::size_t width, bool right) {
-  std::size_t columns = 0;
-  for (const char c : text)
-    columns += (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
+  const std::size_t columns = columnCount(text);
   const std::string blanks(columns < width ? width - columns : 0, ' ');
   return right ? blanks + text : text + blanks;
 }
@@ -91,9 +89,13 @@ std::string changeLine(const Display &display) {
 }
 
 std::string liveLine(const Display &display, bool coloured, std::size_t columns) {
+  // A line as wide as the terminal would wrap on some.
+  constexpr std::size_t kColumnsWithLamps = 28;
   constexpr std::size_t kColumnsWithLevel = 44;
   constexpr std::size_t kColumnsWithAll = 79;
 
+  if (columns <= kColumnsWithLamps)
+    return columnsOf(noteAndCents(display), columns - 1);
   std::string line = noteAndCents(display) + "  ";
   const LampRow &lamps = display.lamps;
   for (std::size_t k = lamps.flat.size(); k-- > 0;)

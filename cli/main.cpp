@@ -71,6 +71,12 @@ int run(int argc, char **argv) {
                      : app.help());
     output.flush();
     return kExitDone;
+  } catch (const CLI::RequiredError &error) {
+    // What was given instead tells more than what is missing.
+    const std::vector<std::string> extras = app.remaining(true);
+    if (!extras.empty())
+      throw CliError(kExitUsage, "usage", "'" + extras[0] + "' is no command or option here");
+    throw CliError(kExitUsage, "usage", firstLine(error.what()));
   } catch (const CLI::ParseError &error) {
     throw CliError(kExitUsage, "usage", firstLine(error.what()));
   }

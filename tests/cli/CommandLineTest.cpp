@@ -40,7 +40,8 @@ TEST_F(CommandLine, WrongUsageExitsWithTwo) {
     const char *line;
   } rows[] = {
       {{}, "usage: "},
-      {{"fly"}, "usage: "},
+      {{"fly"}, "usage: 'fly' is no command or option here"},
+      {{"analyze", "-x.flac"}, "usage: '-x.flac' is no command or option here"},
       {{"analyze"}, "usage: "},
       {{"analyze", mSound, "--loud"}, "usage: "},
       {{"temperaments", "--transpose", "12"},
@@ -111,6 +112,20 @@ TEST_F(CommandLine, AHeaderThatLiesIsToldAndNothingCrashes) {
   expectFailure(runCommand({"analyze", patched("r0.wav", 24, 0, 4)}), 1, mFolder.path("r0.wav"));
   expectFailure(runCommand({"analyze", patched("r.wav", 24, 0xFFFFFFFF, 4)}), 1,
                 mFolder.path("r.wav"));
+}
+
+TEST_F(CommandLine, ARecordingWithoutSoundIsToldAndDoesNotWait) {
+  const std::string none = mFolder.writeSound("none.wav", {}, 44100);
+  expectFailure(runCommand({"analyze", none}), 1, none + ": holds no sound");
+  expectFailure(runCommand({"listen", "--input", none}), 1, "Recording : none.wav: gives no sound");
+}
+
+TEST_F(CommandLine, ALimitOfTheFileSizeIsAnErrorLikeAFullDisk) {
+  CommandOptions limited;
+  limited.outputTo = mFolder.path("out");
+  limited.mostBytes = 1000;
+  expectFailure(runCommand({"analyze", "--json", mSound}, limited), 1,
+                "standard output: File too large");
 }
 
 TEST_F(CommandLine, ATruncatedRecordingIsReadAsFarAsItGoesAndThenTold) {
@@ -186,6 +201,13 @@ TEST_F(CommandLine, ControlCharactersInNamesDoNotReachTheTerminal) {
       mFolder.write("t.txt", utf16("{\"a\\U001b[31m\\nb\" = (0,0,0,0,0,0,0,0,0,0,0,0);}"));
   EXPECT_TRUE(
       runCommand({"temperaments", "--temperaments", file}).output.starts_with("a?[31m?b\n"));
+}
+
+TEST_F(CommandLine, MarksThatSomeTerminalsObeyAreNotShown) {
+  // U+009B begins a command and U+202E turns the direction of writing; U+00E9 is a letter.
+  const std::string sound =
+      mFolder.writeSound("x\u009b31m\u202e\u00e9.wav", sine(440.0, 8000, 0.1), 8000);
+  EXPECT_EQ(runCommand({"devices", "--input", sound}).output, "Recording : x?31m?\u00e9.wav\n");
 }
 
 TEST_F(CommandLine, HelpAndVersionGoToStandardOutput) {

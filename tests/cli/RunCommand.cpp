@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -32,6 +33,11 @@ struct Pipe {
   else
     ::dup2(output, STDOUT_FILENO);
   ::dup2(errors, STDERR_FILENO);
+  if (options.mostBytes != 0) {
+    const rlimit limit{static_cast<rlim_t>(options.mostBytes),
+                       static_cast<rlim_t>(options.mostBytes)};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
   if (options.withoutServer)
     ::setenv("PULSE_SERVER", "unix:/nonexistent/native", 1);
   std::vector<char *> argv{const_cast<char *>("orvane-cli")};

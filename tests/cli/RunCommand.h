@@ -16,6 +16,7 @@ struct CommandResult {
 
 struct CommandOptions {
   std::string outputTo;       // a file in place of the pipe; "-" closes standard output
+  long mostBytes = 0;         // limit of the size of that file; 0 for none
   bool closeEarly = false;    // nobody reads the pipe
   int interruptAfterMs = 0;   // SIGINT after so long; 0 for never
   bool withoutServer = true;  // point it at a sound server that is not there

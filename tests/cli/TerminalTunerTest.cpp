@@ -72,6 +72,8 @@ TEST_F(TerminalTunerTest, ANarrowTerminalLeavesOutTheFrequenciesFirstAndThenTheL
   const Display &display = mTuner.display();
   EXPECT_EQ(liveLine(display, false, 79), "A4    ±0 cents  ○○○○○◆○○○○○  ▯▯▯▯▯▯▯▯ -96dB");
   EXPECT_EQ(liveLine(display, false, 44), "A4    ±0 cents  ○○○○○◆○○○○○");
+  EXPECT_EQ(liveLine(display, false, 28), "A4    ±0 cents");
+  EXPECT_EQ(liveLine(display, false, 10), "A4    ±0…");
 }
 
 TEST_F(TerminalTunerTest, ColoursAreTerminalEscapesRoundTheLamps) {

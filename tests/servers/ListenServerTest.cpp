@@ -100,7 +100,7 @@ class Listener {
   ChildProcess mProcess;
 };
 
-// Every note but the expected one, with "≈" for a reading too far off to be the note.
+// Every note but the expected one.
 std::set<std::string> otherNotes(const Listener &listener, const std::string &expected) {
   std::set<std::string> names;
   for (const auto &reading : listener.accepted())

@@ -1,0 +1,18 @@
+// What is known of a terminal, and text measured as it shows it: one column a code point.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+// 80 where the terminal does not say. At least 2.
+std::size_t terminalColumns(int descriptor);
+
+std::size_t columnCount(std::string_view text);
+
+// The text cut to so many columns; what was cut ends in "…".
+std::string columnsOf(std::string_view text, std::size_t columns);
+
+}  // namespace orvane
