@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "tests/audio/FakePopUpButton.h"
 #include "tests/audio/InputUnitRig.h"
 
@@ -49,7 +47,7 @@ TEST(AUInputUnit, AnyOneFailingCallIsSurvived) {
     FakeHardware hardware(everyKindOfDevice());
     hardware.firstFailing = hardware.lastFailing = n;
     useEverything(hardware);
-    EXPECT_GE(hardware.numberOfCalls, std::min<std::size_t>(n, 2)) << n;
+    EXPECT_EQ(hardware.faultsMet, 1U) << n;
   }
 }
 
@@ -60,6 +58,7 @@ TEST(AUInputUnit, FailureFromAnyCallOnIsSurvived) {
     FakeHardware hardware(everyKindOfDevice());
     hardware.firstFailing = n;
     useEverything(hardware);
+    EXPECT_GE(hardware.faultsMet, 1U) << n;
   }
 }
 
@@ -73,6 +72,7 @@ TEST(AUInputUnit, SizesThatLieAreSurvived) {
       FakeHardware hardware(everyKindOfDevice());
       hardware.reportedSizes[property] = size;
       useEverything(hardware);
+      EXPECT_GE(hardware.faultsMet, 1U) << property;
     }
   }
 }
@@ -82,9 +82,11 @@ TEST(AUInputUnit, ReadsThatClaimMoreOrLessThanTheyWroteAreSurvived) {
     FakeHardware hardware(everyKindOfDevice());
     hardware.claimedReadSize = size;
     useEverything(hardware);
+    EXPECT_GE(hardware.faultsMet, 1U);
     FakeHardware brief(everyKindOfDevice());
     brief.longestRead = size;
     useEverything(brief);
+    EXPECT_GE(brief.faultsMet, 1U);
   }
 }
 

@@ -47,7 +47,9 @@ const FakeDevice *FakeHardware::find(AudioDeviceID id) const {
 bool FakeHardware::record(const std::string &call) {
   calls.push_back(call);
   ++numberOfCalls;
-  return numberOfCalls >= firstFailing && numberOfCalls <= lastFailing;
+  const bool isFailing = numberOfCalls >= firstFailing && numberOfCalls <= lastFailing;
+  faultsMet += isFailing;
+  return isFailing;
 }
 
 std::string FakeHardware::nameOf(std::uintptr_t pointer) const {
@@ -123,6 +125,7 @@ OSStatus FakeHardware::read(const std::vector<std::byte> &bytes, bool isList, UI
     length = std::min<std::size_t>(length, *longestRead);
   if (length > 0)
     std::memcpy(outData, bytes.data(), length);
+  faultsMet += claimedReadSize || longestRead;
   *ioSize = claimedReadSize.value_or(static_cast<UInt32>(length));
   return noErr;
 }
@@ -158,6 +161,7 @@ OSStatus FakeHardware::AudioHardwareGetPropertyInfo(AudioHardwarePropertyID inPr
              (outWritable != nullptr ? " writable?" : "")))
     return failure;
   const auto reported = reportedSizes.find(inPropertyID);
+  faultsMet += reported != reportedSizes.end();
   if (outSize != nullptr)
     *outSize = reported != reportedSizes.end()
                    ? reported->second
@@ -191,6 +195,7 @@ OSStatus FakeHardware::AudioDeviceGetPropertyInfo(AudioDeviceID inDevice, UInt32
   if (!bytes)
     return kAudioHardwareUnknownPropertyError;
   const auto reported = reportedSizes.find(inPropertyID);
+  faultsMet += reported != reportedSizes.end();
   if (outSize != nullptr)
     *outSize =
         reported != reportedSizes.end() ? reported->second : static_cast<UInt32>(bytes->size());

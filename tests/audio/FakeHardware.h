@@ -55,6 +55,9 @@ class FakeHardware : public AudioHardware {
   std::size_t lastFailing = kNever;
   OSStatus failure = kAudioHardwareUnspecifiedError;
 
+  // How often one of the faults below or a failure was met.
+  mutable std::size_t faultsMet = 0;
+
   // Property sizes that are reported in place of the true ones.
   std::map<UInt32, UInt32> reportedSizes;
   // Property values that are handed out in place of the true ones, without an end of their own.
