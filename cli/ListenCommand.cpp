@@ -179,7 +179,7 @@ bool waitForMore(const WakeUpDescriptor &wakeUp, const EndingSignals &signals, d
   if (descriptors[1].revents != 0)
     return false;
   // Told at once, not only with the next line: there may never be one.
-  if ((descriptors[2].revents & POLLERR) != 0)
+  if (descriptors[2].revents != 0)
     throw CliError(kExitFailed, "standard output", std::strerror(EPIPE));
   return true;
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <csignal>
 #include <cstring>
 
@@ -16,7 +15,8 @@ namespace orvane {
 namespace {
 
 constexpr std::size_t kBufferedBytes = 1 << 16;
-constexpr int kLongestWait = 86'400'000;  // milliseconds, a day: longer waits are made of several
+constexpr std::size_t kSurelyTaken = 256;  // bytes, by a pipe or terminal that can be written to
+constexpr int kLongestWait = 86'400'000;   // milliseconds, a day: longer waits are made of several
 
 // Writes some of the text and takes that much off it. False on an error.
 bool writeSome(int descriptor, std::string_view &text, std::size_t most) {
@@ -34,34 +34,6 @@ bool writeSome(int descriptor, std::string_view &text, std::size_t most) {
 }
 
 }  // namespace
-
-std::string oneLine(std::string text) {
-  // Besides the plain control characters, in UTF-8: U+0080 to U+009F, which some terminals obey,
-  // and the marks that turn the direction of writing or end the line.
-  const auto isCommand = [&text](std::size_t at, std::size_t length) {
-    const std::string_view bytes = std::string_view(text).substr(at, length);
-    if (length == 2)
-      return bytes >= "\xC2\x80" && bytes <= "\xC2\x9F" && bytes.size() == 2;
-    return (bytes >= "\u2028" && bytes <= "\u202E") || (bytes >= "\u2066" && bytes <= "\u2069");
-  };
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const auto byte = static_cast<unsigned char>(text[at]);
-    if (byte < 0x20 || byte == 0x7F)
-      text[at] = '?';
-    else if (byte == 0xC2 && isCommand(at, 2))
-      text.replace(at, 2, "?");
-    else if (byte == 0xE2 && isCommand(at, 3))
-      text.replace(at, 3, "?");
-  }
-  return text;
-}
-
-void printError(const std::string &line) {
-  const std::string whole = "orvane-cli: " + oneLine(line) + '\n';
-  std::string_view left = whole;
-  while (!left.empty() && writeSome(STDERR_FILENO, left, left.size())) {
-  }
-}
 
 void Output::prepareStandardStreams() {
   // A closed output is opened for reading only, so that writing to it still fails as it should.
@@ -85,14 +57,17 @@ void Output::stopAt(int descriptor, std::chrono::steady_clock::time_point deadli
   mDeadline = deadline;
 }
 
-void Output::waitUntilWritable() const {
+bool Output::isWritable() const {
   using std::chrono::milliseconds;
   const auto left = std::chrono::ceil<milliseconds>(mDeadline - std::chrono::steady_clock::now());
   const auto timeout = std::clamp(left, milliseconds(0), milliseconds(kLongestWait));
   pollfd descriptors[] = {{STDOUT_FILENO, POLLOUT, 0}, {mStopDescriptor, POLLIN, 0}};
   const int ready = ::poll(descriptors, 2, static_cast<int>(timeout.count()));
+  if (descriptors[0].revents != 0)
+    return true;
   if (descriptors[1].revents != 0 || (ready == 0 && left <= milliseconds(kLongestWait)))
     throw Stopped();
+  return false;
 }
 
 void Output::flush() {
@@ -102,11 +77,11 @@ void Output::flush() {
   text.swap(mPending);
   std::string_view left = text;
   while (!left.empty()) {
-    // A pipe that says it can be written to takes so many bytes without waiting.
     std::size_t most = left.size();
     if (mStopDescriptor >= 0) {
-      waitUntilWritable();
-      most = PIPE_BUF;
+      if (!isWritable())
+        continue;
+      most = kSurelyTaken;
     }
     if (!writeSome(STDOUT_FILENO, left, most))
       throw CliError(kExitFailed, "standard output", std::strerror(errno));

@@ -1,5 +1,6 @@
 // Standard output with every failure noticed: a pipe closed early and a full disk end the command
 // with the reason. Buffered; a command flushes where its reader should see a line at once.
+// Main thread.
 #pragma once
 
 #include <chrono>
@@ -31,7 +32,8 @@ class Output {
   static bool isTerminal();
 
  private:
-  void waitUntilWritable() const;
+  // Waits; false when it is to be asked again.
+  bool isWritable() const;
 
   std::function<void()> mBeforeFlush;
 

@@ -13,7 +13,7 @@ namespace orvane {
 namespace {
 
 constexpr std::size_t kWidestBar = 40;
-constexpr std::size_t kNarrowestBar = 10;
+constexpr std::size_t kNarrowestTitleAndBar = 10;
 constexpr std::int64_t kLongWork = 10'000'000;  // frames: read in a good part of a second
 
 }  // namespace
@@ -43,13 +43,13 @@ void ProgressBar::advanceTo(std::int64_t done) {
   draw();
 }
 
-// Always within one row: a line that wraps could not be rewritten.
+// Within one row: a line that wraps could not be rewritten.
 void ProgressBar::draw() {
   constexpr std::size_t kPercentWidth = 5;   // " 100%"
   constexpr std::size_t kBracketsWidth = 3;  // blank and brackets
   const std::size_t width = terminalColumns(STDERR_FILENO) - 1;
   std::string line;
-  if (width >= kPercentWidth + kBracketsWidth + kNarrowestBar) {
+  if (width >= kPercentWidth + kBracketsWidth + kNarrowestTitleAndBar) {
     const std::size_t bar = std::min(kWidestBar, (width - kPercentWidth - kBracketsWidth + 1) / 2);
     line = columnsOf(mTitle, width - kPercentWidth - kBracketsWidth - bar);
     const std::size_t filled = static_cast<std::size_t>(mPercent) * bar / 100;

@@ -1,4 +1,5 @@
 // A progress bar on standard error, shown only when that is a terminal and the work is long.
+// Main thread.
 #pragma once
 
 #include <cstdint>

@@ -17,8 +17,8 @@ std::string timeText(double seconds);
 std::string changeLine(const Display &display);
 
 // The live line: note, signed cents, the eleven lamps, measured and ideal frequency with their
-// difference, the level with its hold. What does not fit the columns (at least 2) is left
-// out, frequencies first. coloured: with the lamps' colours as terminal escapes.
+// difference, the level with its hold. What does not fit the columns (at least 2) is left out,
+// frequencies first. coloured: with the lamps' colours as terminal escapes.
 std::string liveLine(const Display &display, bool coloured, std::size_t columns);
 
 }  // namespace orvane

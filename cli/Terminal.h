@@ -1,4 +1,5 @@
-// What is known of a terminal, and text measured as it shows it: one column a code point.
+// What is known of a terminal, and text measured at one column a code point (wide characters are
+// undercounted). Any thread.
 #pragma once
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 // From a frequency to the nearest note of the twelve, its deviation and its ideal frequency under
-// a temperament, tonic, transposition and reference pitch. Pure functions; any
-// thread, not real-time safe (the texts allocate).
+// a temperament, tonic, transposition and reference pitch. Pure functions; any thread, not
+// real-time safe (the texts allocate).
 //
 // Note numbers count semitones from C0: 12 × octave + pitch class, pitch class 0 = C to 11 = B. A4
 // is 57 and sounds at the reference pitch. Only 9 (A0) to 96 (C8) are shown.

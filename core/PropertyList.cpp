@@ -10,8 +10,9 @@
 namespace orvane {
 namespace {
 
-// Octal escapes from \200 up name characters of the NEXTSTEP encoding; the last two are unassigned.
-constexpr std::array<char16_t, 128> kNextStep = {
+// The characters that octal escapes from \200 up stand for in this format; the last two are
+// unassigned.
+constexpr std::array<char16_t, 128> kHighOctal = {
     0x00A0, 0x00C0, 0x00C1, 0x00C2, 0x00C3, 0x00C4, 0x00C5, 0x00C7, 0x00C8, 0x00C9, 0x00CA, 0x00CB,
     0x00CC, 0x00CD, 0x00CE, 0x00CF, 0x00D0, 0x00D1, 0x00D2, 0x00D3, 0x00D4, 0x00D5, 0x00D6, 0x00D9,
     0x00DA, 0x00DB, 0x00DC, 0x00DD, 0x00DE, 0x00B5, 0x00D7, 0x00F7, 0x00A9, 0x00A1, 0x00A2, 0x00A3,
@@ -255,7 +256,7 @@ class Parser {
       code = code * 8 + (mText[mOffset++] - u'0');
     if (code > 0377)
       return fail(start, "octal escape above \\377");
-    units.push_back(code < 0200 ? static_cast<char16_t>(code) : kNextStep[code - 0200]);
+    units.push_back(code < 0200 ? static_cast<char16_t>(code) : kHighOctal[code - 0200]);
     return true;
   }
 

@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Sourced by ./run and ./test: installs the packages named in the files it is given, where some are
 # missing. With apt-get, and sudo when not root; elsewhere it names the packages and goes on, so
 # that a system that has them under other names still builds.
@@ -31,7 +32,8 @@ install_packages() {
     apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# quietly COMMAND…: shows what the command prints only when it fails.
+# quietly COMMAND…: shows what the command prints only when it fails. Leaves the summary of ctest, if
+# there was one, in last_line.
 quietly() {
   local log
   log=$(mktemp)

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <nlohmann/json.hpp>
@@ -95,6 +96,25 @@ TEST_F(Listen, AReaderThatLeavesIsNoticedEvenWhenNothingChanges) {
   EXPECT_EQ(result.errors, "orvane-cli: standard output: Broken pipe\n");
 }
 
+TEST_F(Listen, ASocketWhoseReaderLeavesIsNoticedToo) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+  const std::string silence = mFolder.writeSound("s.wav", std::vector<float>(8000), 8000);
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    ::dup2(ends[1], STDOUT_FILENO);
+    ::execl(ORVANE_CLI, "orvane-cli", "listen", "--input", silence.c_str(), "--seconds", "5",
+            nullptr);
+    ::_exit(127);
+  }
+  ::close(ends[1]);
+  ::close(ends[0]);
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  EXPECT_EQ(WEXITSTATUS(status), 1);
+}
+
 TEST_F(Listen, WithoutATerminalALineIsPrintedPerChange) {
   // 500 Hz is 16 samples exactly, so nothing changes after the first reading.
   const std::string steady = mFolder.writeSound("b4.wav", sine(500.0, 8000, 30.0), 8000);
@@ -111,15 +131,17 @@ TEST_F(Listen, OnATerminalOneLineIsRewritten) {
   if (child == 0) {
     ::setenv("TERM", "xterm", 1);
     ::setenv("NO_COLOR", "1", 1);
-    ::execl(ORVANE_CLI, "orvane-cli", "listen", "--input", steady.c_str(), "--seconds", "1",
-            nullptr);
+    ::execl(ORVANE_CLI, "orvane-cli", "listen", "--input", steady.c_str(), nullptr);
     ::_exit(127);
   }
   std::string screen;
   std::array<char, 4096> bytes;
   ssize_t count = 0;
-  while ((count = ::read(terminal, bytes.data(), bytes.size())) > 0)
+  while ((count = ::read(terminal, bytes.data(), bytes.size())) > 0) {
     screen.append(bytes.data(), static_cast<std::size_t>(count));
+    if (screen.find("B4") != std::string::npos)
+      ::kill(child, SIGINT);
+  }
   ::close(terminal);
   int status = 0;
   ::waitpid(child, &status, 0);

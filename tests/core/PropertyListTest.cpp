@@ -119,7 +119,7 @@ TEST(PropertyList, AnOctalEscapeHasOneToThreeDigits) {
   EXPECT_EQ(parsedString(uR"("\177")"), "\x7f");
 }
 
-TEST(PropertyList, OctalEscapesFrom200UpAreNextStepCharacters) {
+TEST(PropertyList, OctalEscapesFrom200UpStandForTheFormatsOwnCharacters) {
   // The table as another implementation of that encoding prints it.
   const std::string expected =
       "\u00a0ÀÁÂÃÄÅÇÈÉÊËÌÍÎÏÐÑÒÓÔÕÖÙÚÛÜÝÞµ×÷©¡¢£⁄¥ƒ§¤’“«‹›ﬁﬂ®–†‡·¦¶•‚„”»…‰¬¿"

@@ -1,4 +1,4 @@
-"""A second, independent reading of the tuner's arithmetic, kept slow and plain on purpose.
+"""A second, independent implementation of the tuner's arithmetic, kept slow and plain on purpose.
 
 It shares no code with the program and uses nothing beyond the standard library, so the two
 can only agree by meaning the same thing. Every single-precision step is rounded explicitly

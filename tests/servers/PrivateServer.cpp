@@ -96,6 +96,10 @@ void PrivateServer::startPipeWire() {
   std::string configuration = kBusConfiguration;
   configuration.replace(configuration.find("BUS"), 3, path("xdg/bus"));
   std::ofstream(path("dbus.conf")) << configuration;
+  // Bluetooth asks for a log-in service, and where there is none nothing would be linked at all.
+  const std::filesystem::path bluetooth = mFolder / "home/.config/wireplumber/bluetooth.lua.d";
+  std::filesystem::create_directories(bluetooth);
+  std::ofstream(bluetooth / "51-off.lua") << "bluez_monitor.enabled = false\n";
 
   const auto startAndAwait = [this](const std::vector<std::string> &command,
                                     const std::string &socket) {
