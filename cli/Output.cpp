@@ -18,21 +18,6 @@ constexpr std::size_t kBufferedBytes = 1 << 16;
 constexpr std::size_t kSurelyTaken = 256;  // bytes, by a pipe or terminal that can be written to
 constexpr int kLongestWait = 86'400'000;   // milliseconds, a day: longer waits are made of several
 
-// Writes some of the text and takes that much off it. False on an error.
-bool writeSome(int descriptor, std::string_view &text, std::size_t most) {
-  const ssize_t written = ::write(descriptor, text.data(), std::min(text.size(), most));
-  if (written < 0) {
-    // Standard output may be shared with a program that made it non-blocking.
-    if (errno == EAGAIN || errno == EWOULDBLOCK) {
-      pollfd writable = {descriptor, POLLOUT, 0};
-      return ::poll(&writable, 1, -1) >= 0 || errno == EINTR;
-    }
-    return errno == EINTR;
-  }
-  text.remove_prefix(static_cast<std::size_t>(written));
-  return true;
-}
-
 }  // namespace
 
 void Output::prepareStandardStreams() {
@@ -81,9 +66,14 @@ void Output::flush() {
     if (mStopDescriptor >= 0) {
       if (!isWritable())
         continue;
-      most = kSurelyTaken;
+      most = std::min(most, kSurelyTaken);
     }
-    if (!writeSome(STDOUT_FILENO, left, most))
+    const ssize_t written = ::write(STDOUT_FILENO, left.data(), most);
+    if (written >= 0)
+      left.remove_prefix(static_cast<std::size_t>(written));
+    else if (errno == EAGAIN || errno == EWOULDBLOCK)
+      isWritable();  // shared with a program that made it non-blocking
+    else if (errno != EINTR)
       throw CliError(kExitFailed, "standard output", std::strerror(errno));
   }
 }

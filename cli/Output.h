@@ -39,7 +39,7 @@ class Output {
 
   std::string mPending;
   int mStopDescriptor = -1;
-  std::chrono::steady_clock::time_point mDeadline;
+  std::chrono::steady_clock::time_point mDeadline = std::chrono::steady_clock::time_point::max();
 };
 
 }  // namespace orvane

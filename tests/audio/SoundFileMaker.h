@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 #include <sndfile.h>
-#include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -12,28 +11,11 @@
 #include <string>
 #include <vector>
 
+#include "tests/TemporaryFolder.h"
+
 namespace orvane {
 
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "orvane-test-XXXXXX").string();
-    if (mkdtemp(name.data()) != nullptr)
-      mPath = name;
-  }
-  ~TemporaryFolder() {
-    std::error_code ignored;
-    if (!mPath.empty())
-      std::filesystem::remove_all(mPath, ignored);
-  }
-  TemporaryFolder(const TemporaryFolder &) = delete;
-  TemporaryFolder &operator=(const TemporaryFolder &) = delete;
-
-  std::filesystem::path operator/(const std::string &name) const { return mPath / name; }
-
- private:
-  std::filesystem::path mPath;
-};
+using test::TemporaryFolder;
 
 // Frame f of channel c holds f % 1000 + 1 thousandths, negative on odd channels.
 inline float testSample(std::int64_t frame, int channel) {

@@ -23,7 +23,7 @@ std::vector<Json> readings(const CommandResult &result) {
 
 class Analyze : public testing::Test {
  protected:
-  TemporaryFolder mFolder;
+  TestFolder mFolder;
 
   std::vector<Json> analyze(const std::string &file, std::vector<std::string> more = {}) {
     std::vector<std::string> arguments{"analyze", file, "--json"};

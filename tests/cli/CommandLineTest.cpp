@@ -14,7 +14,7 @@ namespace {
 
 class CommandLine : public testing::Test {
  protected:
-  TemporaryFolder mFolder;
+  TestFolder mFolder;
   std::string mSound = mFolder.writeSound("a4.wav", sine(440.0, 44100, 0.5), 44100);
 
   // The one line on standard error with the program's name and the given beginning.

@@ -19,7 +19,7 @@ namespace {
 
 class Listen : public testing::Test {
  protected:
-  TemporaryFolder mFolder;
+  TestFolder mFolder;
   std::string mA4 = mFolder.writeSound("a4.wav", sine(440.0, 44100, 1.0), 44100);
   std::string mE4 = mFolder.writeSound("e4.wav", sine(330.0, 48000, 1.0), 48000);
 };

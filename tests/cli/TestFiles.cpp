@@ -6,32 +6,19 @@
 #include <stdexcept>
 
 #include <sndfile.h>
-#include <stdlib.h>
 
 namespace orvane::test {
 
-TemporaryFolder::TemporaryFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "orvane-XXXXXX").string();
-  if (::mkdtemp(pattern.data()) == nullptr)
-    throw std::runtime_error("no temporary folder");
-  mFolder = pattern;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(mFolder, ignored);
-}
-
-std::string TemporaryFolder::write(const std::string &name, std::string_view bytes) const {
-  std::ofstream file(mFolder / name, std::ios::binary);
+std::string TestFolder::write(const std::string &name, std::string_view bytes) const {
+  std::ofstream file(*this / name, std::ios::binary);
   file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   if (!file.flush())
     throw std::runtime_error("cannot write " + name);
   return path(name);
 }
 
-std::string TemporaryFolder::writeSound(const std::string &name, const std::vector<float> &samples,
-                                        int rate, int channels) const {
+std::string TestFolder::writeSound(const std::string &name, const std::vector<float> &samples,
+                                   int rate, int channels) const {
   SF_INFO info{};
   info.samplerate = rate;
   info.channels = channels;

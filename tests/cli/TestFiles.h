@@ -1,30 +1,22 @@
 // Sound files and texts that the tests of the terminal tuner render for themselves.
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tests/TemporaryFolder.h"
+
 namespace orvane::test {
 
-// A folder of its own that goes away with the object.
-class TemporaryFolder {
+class TestFolder : public TemporaryFolder {
  public:
-  TemporaryFolder();
-  ~TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder &) = delete;
-  TemporaryFolder &operator=(const TemporaryFolder &) = delete;
-
-  std::string path(const std::string &name) const { return (mFolder / name).string(); }
+  std::string path(const std::string &name) const { return (*this / name).string(); }
   // Writes the bytes and returns the path.
   std::string write(const std::string &name, std::string_view bytes) const;
   // A 32-bit float WAV file with interleaved samples.
   std::string writeSound(const std::string &name, const std::vector<float> &samples, int rate,
                          int channels = 1) const;
-
- private:
-  std::filesystem::path mFolder;
 };
 
 std::vector<float> sine(double hertz, int rate, double seconds, double amplitude = 0.5);

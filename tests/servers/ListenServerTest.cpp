@@ -96,7 +96,7 @@ class Listener {
   }
 
  private:
-  TemporaryFolder mFolder;
+  TestFolder mFolder;
   ChildProcess mProcess;
 };
 

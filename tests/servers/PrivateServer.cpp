@@ -27,13 +27,6 @@ bool waitUntil(const std::function<bool()> &isTrue) {
   return true;
 }
 
-std::filesystem::path temporaryFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "orvane-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr)
-    throw std::runtime_error("no temporary folder");
-  return pattern;
-}
-
 constexpr const char *kBusConfiguration =
     R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
@@ -44,7 +37,7 @@ constexpr const char *kBusConfiguration =
 
 }  // namespace
 
-PrivateServer::PrivateServer(Kind kind) : mKind(kind), mFolder(temporaryFolder()) {
+PrivateServer::PrivateServer(Kind kind) : mKind(kind) {
   const auto set = [](const char *name, const std::string &value) {
     setenv(name, value.c_str(), 1);
   };
@@ -70,8 +63,6 @@ PrivateServer::PrivateServer(Kind kind) : mKind(kind), mFolder(temporaryFolder()
 
 PrivateServer::~PrivateServer() {
   kill();
-  std::error_code ignored;
-  std::filesystem::remove_all(mFolder, ignored);
 }
 
 bool PrivateServer::start() {

@@ -7,11 +7,11 @@
 // meanwhile.
 #pragma once
 
-#include <filesystem>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "tests/TemporaryFolder.h"
 #include "tests/servers/ChildProcess.h"
 
 namespace orvane::test {
@@ -56,7 +56,7 @@ class PrivateServer {
   void startPipeWire();
 
   Kind mKind;
-  std::filesystem::path mFolder;
+  TemporaryFolder mFolder;
   std::vector<ChildProcess> mProcesses;
   std::set<std::string> mPipes;
 };
