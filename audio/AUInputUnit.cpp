@@ -1,22 +1,22 @@
 #include "audio/AUInputUnit.h"
 
-#include <unicode/unistr.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <unordered_set>
 #include <utility>
 
+#include "audio/ListedDevice.h"
+#include "audio/PropertyBytes.h"
+#include "core/WholeNumber.h"
+
 namespace orvane {
 
 namespace {
 
 constexpr Boolean kInputSide = 1;
-constexpr UInt32 kMasterChannel = 0;
 
-// A device that claims more is broken; these keep it from taking the memory or the time.
-constexpr UInt32 kLargestProperty = 1U << 20;
+// A device that claims more is broken; this keeps it from taking the time.
 constexpr UInt32 kMostVolumeChannels = 4096;
 
 struct ListenedProperty {
@@ -32,121 +32,6 @@ constexpr std::array<ListenedProperty, 7> kListenedProperties = {{
     {kAudioPropertyWildcardChannel, kAudioDevicePropertyVolumeScalar},
     {kAudioPropertyWildcardChannel, kAudioDevicePropertyVolumeRangeDecibels},
 }};
-
-// The bytes of a property of variable size.
-struct PropertyBytes {
-  OSStatus status = noErr;       // of the read
-  std::vector<std::byte> bytes;  // what was read; empty when the read failed
-};
-
-// read(ioSize, buffer) is the hardware's read. It is called for a size of 0 as well, with a valid
-// pointer.
-template <typename Read>
-PropertyBytes readBytes(UInt32 reportedSize, Read read) {
-  PropertyBytes result;
-  UInt32 size = std::min(reportedSize, kLargestProperty);
-  const std::size_t capacity = size;
-  result.bytes.resize(std::max<std::size_t>(capacity, 1));
-  result.status = read(&size, result.bytes.data());
-  result.bytes.resize(result.status == noErr ? std::min<std::size_t>(size, capacity) : 0);
-  return result;
-}
-
-// The entries of a list of IDs; an incomplete one at the end is dropped.
-std::vector<UInt32> idsFromBytes(const std::vector<std::byte> &bytes) {
-  std::vector<UInt32> ids(bytes.size() / sizeof(UInt32));
-  if (!ids.empty())
-    std::memcpy(ids.data(), bytes.data(), ids.size() * sizeof(UInt32));
-  return ids;
-}
-
-// Hardware names are not to be trusted to be UTF-8; what is not becomes U+FFFD.
-std::string wellFormed(const char *text, std::size_t length) {
-  std::string result;
-  icu::UnicodeString::fromUTF8(icu::StringPiece(text, static_cast<std::int32_t>(length)))
-      .toUTF8String(result);
-  return result;
-}
-
-std::string nameFromBytes(const std::vector<std::byte> &bytes) {
-  const auto end = std::find(bytes.begin(), bytes.end(), std::byte{0});
-  const auto length = static_cast<std::size_t>(end - bytes.begin());
-  return wellFormed(reinterpret_cast<const char *>(bytes.data()), length);
-}
-
-// One device of one side, for listing it.
-class ListedDevice {
- public:
-  ListedDevice(AudioHardware &hardware, AudioDeviceID device, bool isInput)
-      : mHardware(hardware), mDevice(device), mIsInput(isInput ? 1 : 0) {}
-
-  bool hasStreamFormat() const {
-    AudioStreamBasicDescription description;
-    UInt32 size = sizeof(description);
-    return mHardware.AudioDeviceGetProperty(mDevice, kMasterChannel, mIsInput,
-                                            kAudioDevicePropertyStreamFormat, &size,
-                                            &description) == noErr;
-  }
-
-  std::string name(AudioDevicePropertyID propertyID) const {
-    return nameFromBytes(bytes(propertyID, sizeOf(propertyID)).bytes);
-  }
-
-  bool isDataSourceSettable() const {
-    Boolean writable = 0;
-    mHardware.AudioDeviceGetPropertyInfo(mDevice, kMasterChannel, mIsInput,
-                                         kAudioDevicePropertyDataSource, nullptr, &writable);
-    return writable != 0;
-  }
-
-  // Nothing when the device has no list of sources; a list too short for one entry is an empty one.
-  std::optional<std::vector<UInt32>> dataSources() const {
-    const UInt32 size = sizeOf(kAudioDevicePropertyDataSources);
-    if (size == 0)
-      return std::nullopt;
-    const std::vector<std::byte> list = bytes(kAudioDevicePropertyDataSources, size).bytes;
-    if (list.empty())
-      return std::nullopt;
-    return idsFromBytes(list);
-  }
-
-  std::string dataSourceName(UInt32 dataSource) const {
-    AudioStringRef string = nullptr;
-    AudioValueTranslation translation;
-    translation.mInputData = &dataSource;
-    translation.mInputDataSize = sizeof(dataSource);
-    translation.mOutputData = static_cast<void *>(&string);
-    translation.mOutputDataSize = sizeof(AudioStringRef);
-    UInt32 size = sizeof(translation);
-    mHardware.AudioDeviceGetProperty(mDevice, kMasterChannel, mIsInput,
-                                     kAudioDevicePropertyDataSourceNameForIDCFString, &size,
-                                     &translation);
-    if (string == nullptr)
-      return {};
-    std::string name = wellFormed(string->data(), std::min<std::size_t>(string->size(), 1U << 20));
-    AudioStringRelease(string);
-    return name;
-  }
-
- private:
-  UInt32 sizeOf(AudioDevicePropertyID propertyID) const {
-    UInt32 size = 0;
-    mHardware.AudioDeviceGetPropertyInfo(mDevice, kMasterChannel, mIsInput, propertyID, &size,
-                                         nullptr);
-    return size;
-  }
-
-  PropertyBytes bytes(AudioDevicePropertyID propertyID, UInt32 size) const {
-    return readBytes(size, [&](UInt32 *ioSize, void *buffer) {
-      return mHardware.AudioDeviceGetProperty(mDevice, kMasterChannel, mIsInput, propertyID, ioSize,
-                                              buffer);
-    });
-  }
-
-  AudioHardware &mHardware;
-  AudioDeviceID mDevice;
-  Boolean mIsInput;
-};
 
 // The menu finds its items by title, so no two entries may share one.
 class UniqueTitles {
@@ -170,7 +55,8 @@ class UniqueTitles {
 
 }  // namespace
 
-AUInputUnit::AUInputUnit(AudioHardware &hardware) : mHardware(hardware) {
+AUInputUnit::AUInputUnit(AudioHardware &hardware, MainThread *mainThread)
+    : mHardware(hardware), mMainThread(mainThread) {
   setupAudioSource(mAudioInputSourceArray, true);
 }
 
@@ -216,6 +102,11 @@ void AUInputUnit::setupPopUpButton(PopUpButton *button,
   button->removeAllItems();
   for (std::size_t i = 0; i < array.size(); ++i)
     button->insertItemWithTitle(array[i].name, static_cast<std::int64_t>(i));
+}
+
+void AUInputUnit::setupVolumeSlider(VolumeSlider *slider, VolumeText *volumeText) {
+  mVolumeSlider = slider;
+  mVolumeText = volumeText;
 }
 
 void AUInputUnit::setIOProc(AudioDeviceIOProc proc, void *refCon) {
@@ -329,8 +220,12 @@ void AUInputUnit::setStreamConfiguration() {
   mChannels.store(channels, std::memory_order_release);
 }
 
+UInt32 AUInputUnit::volumeChannels() const {
+  return std::min(mChannels.load(std::memory_order_acquire), kMostVolumeChannels);
+}
+
 void AUInputUnit::setVolumeState() {
-  const UInt32 channels = std::min(mChannels.load(std::memory_order_acquire), kMostVolumeChannels);
+  const UInt32 channels = volumeChannels();
   Boolean writable = 0;
   for (UInt32 channel = 1; channel <= channels; ++channel) {
     mHardware.AudioDeviceGetPropertyInfo(mInputDevice, channel, kInputSide,
@@ -346,7 +241,42 @@ void AUInputUnit::setVolumeState() {
       mInputDevice, 1, kInputSide, kAudioDevicePropertyVolumeScalar, &size, &volume);
   if (status == noErr)
     mInputVolume.store(volume, std::memory_order_release);
-  // Volume controls will be refreshed from here, on the main thread, once there are any.
+
+  if (mMainThread == nullptr)
+    return;
+  mMainThread->performSelectorOnMainThread(
+      [this, life = std::weak_ptr(mLife)] {
+        if (!life.expired())
+          updateVolumeState();
+      },
+      mModes);
+}
+
+void AUInputUnit::updateVolumeState() {
+  const bool isWritable = isVolumeWritable();
+  // The product is one in single precision.
+  const int percent = isWritable ? wholeNumber(static_cast<double>(inputVolume() * 100.0F)) : 100;
+  if (mVolumeSlider != nullptr) {
+    mVolumeSlider->setEnabled(isWritable);
+    mVolumeSlider->setIntValue(percent);
+  }
+  if (mVolumeText == nullptr)
+    return;
+  if (isWritable)
+    mVolumeText->setIntValue(percent);
+  else
+    mVolumeText->setStringValue("n/a");
+}
+
+void AUInputUnit::setVolume(std::int64_t percent) {
+  const auto scalar = static_cast<Float32>(static_cast<Float64>(percent) / 100.0);
+  if (!isVolumeWritable() || scalar == inputVolume())
+    return;
+  mInputVolume.store(scalar, std::memory_order_release);
+  const UInt32 channels = volumeChannels();
+  for (UInt32 channel = 1; channel <= channels; ++channel)
+    mHardware.AudioDeviceSetProperty(mInputDevice, nullptr, channel, kInputSide,
+                                     kAudioDevicePropertyVolumeScalar, sizeof(scalar), &scalar);
 }
 
 OSStatus AUInputUnit::listenerProc(const PropertyChange *change) {

@@ -8,30 +8,38 @@
 // it, so the two never read the hardware into the same field at once; the words that the main
 // thread reads meanwhile are atomic. Nothing here is real-time safe.
 //
+// The volume's controls are only touched on the main thread, by updateVolumeState(), which
+// setVolumeState() posts there. The unit sees to it that a refresh still posted when the unit goes
+// does nothing; that holds because the unit goes on the main thread.
+//
 // Hardware errors. A read that fails leaves what was known before; no other status is looked at.
 #pragma once
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "audio/AudioHardware.h"
 #include "audio/AudioInputSource.h"
+#include "audio/MainThread.h"
 #include "audio/PopUpButton.h"
 #include "audio/PropertyChange.h"
+#include "audio/VolumeControls.h"
 
 namespace orvane {
 
 class AUInputUnit {
  public:
-  // Lists the inputs, once: devices attached later are not listed. hardware must outlive the unit.
-  explicit AUInputUnit(AudioHardware &hardware);
+  // Lists the inputs, once: devices attached later are not listed. hardware and mainThread must
+  // outlive the unit. Without mainThread the volume's controls are not refreshed by themselves.
+  explicit AUInputUnit(AudioHardware &hardware, MainThread *mainThread = nullptr);
   AUInputUnit(const AUInputUnit &) = delete;
   AUInputUnit &operator=(const AUInputUnit &) = delete;
-  // Call stop() first when a device is started.
+  // Main thread. Call stop() first when a device is started.
   ~AUInputUnit() = default;
 
   // Appends to array one entry per data source of every device that can switch its source, and one
@@ -44,6 +52,10 @@ class AUInputUnit {
   // button must outlive the unit or be replaced; null leaves the unit without a menu.
   void setupPopUpButton(PopUpButton *button);
   static void setupPopUpButton(PopUpButton *button, const std::vector<AudioInputSource> &array);
+
+  // Takes the volume's controls, to be refreshed from now on. They must outlive the unit or be
+  // replaced; null stands for none.
+  void setupVolumeSlider(VolumeSlider *slider, VolumeText *volumeText);
 
   // Stored for start(); set them before the first device is chosen. The procedure runs on the input
   // thread and the listener on the notification thread, each with its refCon.
@@ -68,7 +80,14 @@ class AUInputUnit {
 
   void setStreamFormat();
   void setStreamConfiguration();
+  // Re-reads whether the volume can be set and the volume itself, then posts updateVolumeState().
   void setVolumeState();
+  // Shows the volume in its controls, cut to a whole percentage; 100 and "n/a" when it cannot be
+  // set. Main thread.
+  void updateVolumeState();
+  // Sets the volume of every input channel. Does nothing when it cannot be set or is so already.
+  // percent: 0 to 100. Main thread.
+  void setVolume(std::int64_t percent);
 
   // Hertz, as the device last reported it; 0 before the first device. Any thread.
   Float64 sampleRate() const { return mSampleRate.load(std::memory_order_acquire); }
@@ -86,15 +105,24 @@ class AUInputUnit {
   OSStatus listenerProc(const PropertyChange *change);
 
  private:
+  // The input channels whose volume is looked after.
+  UInt32 volumeChannels() const;
+
   AudioHardware &mHardware;
+  MainThread *const mMainThread;
 
   AudioDeviceID mInputDevice = 0;
   PopUpButton *mDevicePopUpButton = nullptr;
+  VolumeSlider *mVolumeSlider = nullptr;
+  VolumeText *mVolumeText = nullptr;
   std::int64_t mIndexOfInputDevice = -1;  // the index of no selection
   AudioDeviceIOProc mIOProc = nullptr;
   void *mIORefCon = nullptr;
   AudioDevicePropertyListenerProc mListenerProc = nullptr;
   void *mListenerRefCon = nullptr;
+  // Where a refresh of the volume's controls may run: everywhere.
+  const std::vector<std::string> mModes = {"NSDefaultRunLoopMode", "NSConnectionReplyMode",
+                                           "NSModalPanelRunLoopMode", "NSEventTrackingRunLoopMode"};
   std::vector<AudioInputSource> mAudioInputSourceArray;
 
   AudioStreamBasicDescription mInputStreamDescription;
@@ -103,6 +131,9 @@ class AUInputUnit {
   std::atomic<UInt32> mChannels = 0;
   std::atomic<bool> mIsVolumeWritable = false;
   std::atomic<Float32> mInputVolume = 0.0F;
+
+  // Its end tells posted refreshes that the unit is gone.
+  const std::shared_ptr<const bool> mLife = std::make_shared<const bool>(true);
 };
 
 // Registered with the hardware; inClientData is the AUInputUnit. Notification thread.

@@ -67,6 +67,7 @@ inline constexpr AudioDevicePropertyID kAudioDevicePropertyVolumeScalar =
 inline constexpr AudioDevicePropertyID kAudioDevicePropertyVolumeRangeDecibels =
     fourCharCode("vdb#");  // notification only
 
+inline constexpr UInt32 kMasterChannel = 0;  // the device as a whole
 inline constexpr UInt32 kAudioPropertyWildcardChannel = 0xFFFFFFFF;
 
 inline constexpr OSStatus kAudioHardwareUnspecifiedError = fourCharCode("what");

@@ -7,13 +7,10 @@
 
 #include "cli/CliError.h"
 #include "cli/Resources.h"
+#include "core/TuningControls.h"
 
 namespace orvane {
 namespace {
-
-constexpr const char *kEqualTemperament = "Equal temperament";
-constexpr float kLowestReferencePitch = 349.0F;
-constexpr double kHighestReferencePitch = 499.9;
 
 // Each pitch class under every name a musician may type, in lower case.
 constexpr std::array<std::array<const char *, 5>, 12> kTonicNames = {{
@@ -40,9 +37,7 @@ std::string lowerAscii(std::string text) {
 
 float parseReferencePitch(const std::string &text) {
   float pitch = 0.0F;
-  // Written so that not-a-number is out of range. Compared in the precisions of the window's field.
-  if (!parseWhole(text, pitch) || !(pitch >= kLowestReferencePitch) ||
-      !(static_cast<double>(pitch) <= kHighestReferencePitch))
+  if (!parseWhole(text, pitch) || acceptedReferencePitch(pitch).beeps)
     throw CliError(kExitUsage, "--reference-pitch",
                    "'" + text + "' is not a number of hertz from 349 to 499.9");
   return pitch;

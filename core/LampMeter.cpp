@@ -1,14 +1,11 @@
 #include "core/LampMeter.h"
 
-#include <limits>
+#include "core/WholeNumber.h"
 
 namespace orvane {
 
 std::int32_t wholeCents(float deviation) {
-  const double cents = static_cast<double>(deviation) * 100.0;
-  if (!(cents > -2147483649.0 && cents < 2147483648.0))
-    return std::numeric_limits<std::int32_t>::min();
-  return static_cast<std::int32_t>(cents);
+  return wholeNumber(static_cast<double>(deviation) * 100.0);
 }
 
 LampRow lampRow(float deviation) {

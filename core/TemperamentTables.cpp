@@ -9,10 +9,10 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 #include <system_error>
 #include <utility>
 
+#include "core/NumberText.h"
 #include "core/Utf16.h"
 
 namespace orvane {
@@ -25,71 +25,7 @@ constexpr std::u16string_view kBuiltInTable =
     u"{Pythagorean = (1.0, 1.067871094, 1.125, 1.185185185, 1.265625, 1.333333333, 1.423828125, "
     u"1.5, 1.601806641, 1.6875, 1.777777778, 1.8984375);}";
 
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
-// For a number that does not fit a float: whether it is too large rather than too small.
-// number: digits, an optional fraction and an optional exponent, with a digit other than 0.
-bool isAboveOne(std::string_view number) {
-  const std::size_t mark = std::min(number.find_first_of("eE"), number.size());
-  const std::string_view mantissa = number.substr(0, mark);
-  const auto point = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa.size()));
-  const auto first = static_cast<std::int64_t>(mantissa.find_first_of("123456789"));
-  const std::int64_t magnitude = first < point ? point - first - 1 : point - first;
-
-  std::string_view digits = number.substr(std::min(mark + 1, number.size()));
-  const bool isNegative = digits.starts_with('-');
-  if (isNegative || digits.starts_with('+'))
-    digits.remove_prefix(1);
-  // No mantissa is long enough to make up for such an exponent.
-  std::int64_t exponent = std::numeric_limits<std::int32_t>::max();
-  std::int64_t parsed = 0;
-  if (digits.empty())
-    exponent = 0;
-  else if (std::from_chars(digits.data(), digits.data() + digits.size(), parsed).ec == std::errc())
-    exponent = std::min(exponent, parsed);
-  return magnitude + (isNegative ? -exponent : exponent) >= 0;
-}
-
-// The decimal number that the text begins with, after ASCII white space; 0 when there is none.
-// The number is cut out first because the library would also read "inf" and "nan"; it is rounded to
-// single precision once, not by way of double.
-float floatValue(std::string_view text) {
-  std::size_t at = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
-  const bool isNegative = at < text.size() && text[at] == '-';
-  if (isNegative || (at < text.size() && text[at] == '+'))
-    ++at;
-
-  const std::size_t start = at;
-  std::size_t digitCount = 0;
-  const auto skipDigits = [&text, &digitCount](std::size_t from) {
-    for (; from < text.size() && isDigit(text[from]); ++from)
-      ++digitCount;
-    return from;
-  };
-  at = skipDigits(at);
-  if (at < text.size() && text[at] == '.')
-    at = skipDigits(at + 1);
-  if (digitCount == 0)
-    return 0.0F;
-  if (at < text.size() && (text[at] == 'e' || text[at] == 'E')) {
-    std::size_t exponent = at + 1;
-    if (exponent < text.size() && (text[exponent] == '+' || text[exponent] == '-'))
-      ++exponent;
-    if (exponent < text.size() && isDigit(text[exponent]))
-      at = skipDigits(exponent);
-  }
-
-  const std::string_view number = text.substr(start, at - start);
-  float value = 0.0F;
-  const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
-  if (result.ec == std::errc::result_out_of_range)
-    value = isAboveOne(number) ? std::numeric_limits<float>::infinity() : 0.0F;
-  return isNegative ? -value : value;
-}
-
-float floatValue(const PropertyListValue &entry) {
+float entryValue(const PropertyListValue &entry) {
   const std::string *text = entry.string();
   return text != nullptr ? floatValue(*text) : 0.0F;
 }
@@ -97,18 +33,18 @@ float floatValue(const PropertyListValue &entry) {
 // list: at least 12 entries. row: 12 floats.
 void writeRow(const PropertyListValue::List &list, float *row) {
   row[0] = 1.0F;
-  const float first = floatValue(list[0]);
+  const float first = entryValue(list[0]);
   // First entry 0: cents from equal temperament. Otherwise: ratios on any common scale.
   if (first == 0.0F) {
     float accumulator = 100.0F;
     for (std::size_t j = 1; j < kDegrees; ++j) {
-      const float cents = floatValue(list[j]) + accumulator;
+      const float cents = entryValue(list[j]) + accumulator;
       row[j] = static_cast<float>(std::exp2(static_cast<double>(cents) / 1200.0));
       accumulator += 100.0F;
     }
   } else {
     for (std::size_t j = 1; j < kDegrees; ++j)
-      row[j] = floatValue(list[j]) / first;
+      row[j] = entryValue(list[j]) / first;
   }
 }
 
