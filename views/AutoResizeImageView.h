@@ -1,0 +1,30 @@
+// A picture, stretched over the view. Main thread.
+#pragma once
+
+#include <memory>
+
+#include <QWidget>
+
+#include "views/Picture.h"
+#include "views/Zoomed.h"
+
+namespace orvane {
+
+class AutoResizeImageView : public Zoomed<QWidget> {
+  Q_OBJECT
+
+ public:
+  explicit AutoResizeImageView(QWidget *parent = nullptr);
+
+  const std::shared_ptr<const Picture> &image() const { return mImage; }
+  // Null shows nothing. The picture it already shows is not drawn again.
+  void setImage(const std::shared_ptr<const Picture> &image);
+
+ protected:
+  void paintEvent(QPaintEvent *event) override;
+
+ private:
+  std::shared_ptr<const Picture> mImage;
+};
+
+}  // namespace orvane

@@ -1,0 +1,86 @@
+#include "views/Picture.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <utility>
+
+#include <QFile>
+#include <QPainter>
+#include <QSvgRenderer>
+#include <QTransform>
+
+namespace orvane {
+namespace {
+
+constexpr std::size_t kRasters = 3;
+constexpr double kFarthestPixel = 1e6;
+// Larger rasters are not worth their memory.
+constexpr double kLargestRaster = 16e6;  // pixels
+
+bool isShowable(const QRectF &rect) {
+  const auto isNear = [](double edge) { return std::abs(edge) <= kFarthestPixel; };
+  return isNear(rect.left()) && isNear(rect.top()) && isNear(rect.right()) &&
+         isNear(rect.bottom()) && !rect.isEmpty();
+}
+
+}  // namespace
+
+std::shared_ptr<const Picture> Picture::imageNamed(const QString &name) {
+  const QString path = QStringLiteral("resources:%1.svg").arg(name);
+  if (!QFile::exists(path))
+    return nullptr;
+  auto renderer = std::make_unique<QSvgRenderer>(path);
+  if (!renderer->isValid() || renderer->defaultSize().isEmpty())
+    return nullptr;
+  return std::make_shared<const Picture>(std::move(renderer));
+}
+
+Picture::Picture(std::unique_ptr<QSvgRenderer> renderer) : mRenderer(std::move(renderer)) {}
+
+Picture::~Picture() = default;
+
+QSizeF Picture::size() const {
+  return mRenderer->defaultSize();
+}
+
+void Picture::drawInRect(QPainter &painter, const QRectF &target) const {
+  const QTransform device = painter.deviceTransform();
+  const QRectF pixels = device.mapRect(target);
+  if (!isShowable(target) || !isShowable(pixels))
+    return;
+  const bool isUpright =
+      device.type() <= QTransform::TxScale && device.m11() > 0.0 && device.m22() > 0.0;
+  if (!isUpright || pixels.width() * pixels.height() > kLargestRaster) {
+    mRenderer->render(&painter, target);
+    return;
+  }
+  const QRect whole = pixels.toAlignedRect();
+  const QImage image = raster(pixels.translated(-QPointF(whole.topLeft())), whole.size());
+  // Undoes the device transform, so that each pixel of the raster is one of the device.
+  const QTransform world = painter.worldTransform();
+  painter.setWorldTransform(device.inverted() * world);
+  painter.drawImage(whole.topLeft(), image);
+  painter.setWorldTransform(world);
+}
+
+QImage Picture::raster(const QRectF &target, const QSize &size) const {
+  const auto found = std::find_if(mRasters.begin(), mRasters.end(), [&](const Raster &raster) {
+    return raster.target == target && raster.image.size() == size;
+  });
+  if (found != mRasters.end()) {
+    std::rotate(found, found + 1, mRasters.end());
+    return mRasters.back().image;
+  }
+  QImage image(size, QImage::Format_ARGB32_Premultiplied);
+  image.fill(Qt::transparent);
+  QPainter painter(&image);
+  mRenderer->render(&painter, target);
+  painter.end();
+  if (mRasters.size() == kRasters)
+    mRasters.erase(mRasters.begin());
+  mRasters.push_back({target, image});
+  return image;
+}
+
+}  // namespace orvane
