@@ -2,49 +2,32 @@
 
 #include <algorithm>
 
+#include <QAbstractItemView>
 #include <QScopedValueRollback>
+#include <QScreen>
 #include <QSignalBlocker>
 #include <QStandardItemModel>
-#include <QStyle>
 #include <QStyleOptionComboBox>
 #include <QWheelEvent>
 
 namespace orvane {
-namespace {
-
-constexpr const char *kDivider = "-";
-
-}  // namespace
 
 AutoResizePopUpButton::AutoResizePopUpButton(QWidget *parent) : Zoomed(parent) {
   setFocusPolicy(Qt::StrongFocus);
   connect(this, &QComboBox::activated, this, &AutoResizePopUpButton::action);
-  connect(this, &QComboBox::currentTextChanged, this, [this] { update(); });
-  // Also for the items that a description brings.
   connect(model(), &QAbstractItemModel::rowsInserted, this,
-          [this](const QModelIndex &, int first, int last) {
-            for (int index = first; index <= last; ++index) {
-              if (itemText(index) != QLatin1String(kDivider))
-                continue;
-              // By this the toolkit knows a divider.
-              setItemData(index, QStringLiteral("separator"), Qt::AccessibleDescriptionRole);
-              if (auto *items = qobject_cast<QStandardItemModel *>(model()))
-                items->item(index)->setFlags(Qt::NoItemFlags);
-              setItemText(index, QString());
-            }
-          });
+          [this](const QModelIndex &, int first, int last) { makeDividers(first, last); });
 }
 
 void AutoResizePopUpButton::removeAllItems() {
-  const QSignalBlocker blocker(this);
   clear();
-  update();
 }
 
+// The title comes after the item, so that a program's "-" is a title like others.
 void AutoResizePopUpButton::insertItemWithTitle(const QString &title, int index) {
-  const QSignalBlocker blocker(this);
-  insertItem(index, title);
-  update();
+  const int at = std::clamp(index, 0, count());
+  insertItem(at, QString());
+  setItemText(at, title);
 }
 
 int AutoResizePopUpButton::indexOfItemWithTitle(const QString &title) const {
@@ -52,9 +35,7 @@ int AutoResizePopUpButton::indexOfItemWithTitle(const QString &title) const {
 }
 
 void AutoResizePopUpButton::selectItemAtIndex(int index) {
-  const QSignalBlocker blocker(this);
   setCurrentIndex(index);
-  update();
 }
 
 void AutoResizePopUpButton::setToolTipAtIndex(const QString &toolTip, int index) {
@@ -65,25 +46,56 @@ QString AutoResizePopUpButton::toolTipAtIndex(int index) const {
   return itemData(index, Qt::ToolTipRole).toString();
 }
 
-void AutoResizePopUpButton::initStyleOption(QStyleOptionComboBox *option) const {
-  QComboBox::initStyleOption(option);
-  if (!mIsPlacingList)
-    useBounds(*option);
+void AutoResizePopUpButton::makeDividers(int first, int last) {
+  for (int index = first; mHasDividers && index <= last; ++index) {
+    if (itemText(index) != QLatin1String("-"))
+      continue;
+    setItemText(index, QString());
+    // By this the toolkit knows a divider.
+    setItemData(index, QStringLiteral("separator"), Qt::AccessibleDescriptionRole);
+    qobject_cast<QStandardItemModel *>(model())->item(index)->setFlags(Qt::NoItemFlags);
+  }
 }
 
 void AutoResizePopUpButton::showPopup() {
-  QFont font = this->font();
-  font.setPixelSize(
-      qRound(QFontInfo(font).pixelSize() * std::max(1.0, static_cast<double>(scale()))));
+  QFont listFont = font();
+  listFont.setPixelSize(
+      qRound(QFontInfo(listFont).pixelSize() * std::max(1.0, static_cast<double>(scale()))));
+  {
+    // The items' own font is the only one that every style's list minds. The button has not
+    // changed.
+    const QSignalBlocker blocker(model());
+    for (int index = 0; index < count(); ++index)
+      setItemData(index, listFont, Qt::FontRole);
+  }
+  view()->doItemsLayout();
+  // The toolkit measures the titles in the button's font.
+  const QFontMetrics metrics(listFont);
+  QSize widest(0, metrics.height());
   for (int index = 0; index < count(); ++index)
-    setItemData(index, font, Qt::FontRole);
-  // The list opens where the button is seen, so now its frame on the screen counts.
-  const QScopedValueRollback placing(mIsPlacingList, true);
+    widest.setWidth(std::max(widest.width(), metrics.horizontalAdvance(itemText(index))));
+  QStyleOptionComboBox option;
+  initStyleOption(&option);
+  const int width = style()->sizeFromContents(QStyle::CT_ComboBox, &option, widest, this).width();
+  view()->setMinimumWidth(std::min(width, screen()->availableSize().width()));
+  const QScopedValueRollback opening(mIsOpening, true);
   Zoomed::showPopup();
+}
+
+// What the toolkit remembers of a press is a place on the screen, not one in the button.
+bool AutoResizePopUpButton::event(QEvent *event) {
+  return event->type() == QEvent::MouseButtonPress ? QComboBox::event(event) : Zoomed::event(event);
 }
 
 void AutoResizePopUpButton::wheelEvent(QWheelEvent *event) {
   event->ignore();
+}
+
+void AutoResizePopUpButton::initStyleOption(QStyleOptionComboBox *option) const {
+  QComboBox::initStyleOption(option);
+  useBounds(*option);
+  if (mIsOpening)
+    option->rect = rect();
 }
 
 }  // namespace orvane

@@ -10,12 +10,17 @@ namespace orvane {
 class AutoResizePopUpButton : public Zoomed<QComboBox> {
   Q_OBJECT
   Q_PROPERTY(int fontPixelSize READ fontPixelSize WRITE setFontPixelSize)
+  // Whether items titled "-" in the interface description are dividers: without a title, and not
+  // for the user to choose.
+  Q_PROPERTY(bool dividers READ hasDividers WRITE setHasDividers)
 
  public:
   explicit AutoResizePopUpButton(QWidget *parent = nullptr);
 
-  // Items are counted from 0. None of these is an action. An item titled "-" is a divider: the user
-  // cannot choose it.
+  bool hasDividers() const { return mHasDividers; }
+  void setHasDividers(bool hasDividers) { mHasDividers = hasDividers; }
+
+  // Items are counted from 0. None of these is an action.
   void removeAllItems();
   void addItemWithTitle(const QString &title) { insertItemWithTitle(title, numberOfItems()); }
   void insertItemWithTitle(const QString &title, int index);
@@ -30,6 +35,7 @@ class AutoResizePopUpButton : public Zoomed<QComboBox> {
   void setToolTipAtIndex(const QString &toolTip, int index);
   QString toolTipAtIndex(int index) const;
 
+  // The list opens over the button as it is seen, with a text at least as large.
   void showPopup() override;
 
  signals:
@@ -37,11 +43,15 @@ class AutoResizePopUpButton : public Zoomed<QComboBox> {
   void action();
 
  protected:
+  bool event(QEvent *event) override;
   void wheelEvent(QWheelEvent *event) override;
   void initStyleOption(QStyleOptionComboBox *option) const override;
 
  private:
-  bool mIsPlacingList = false;
+  void makeDividers(int first, int last);
+
+  bool mHasDividers = false;
+  bool mIsOpening = false;
 };
 
 }  // namespace orvane

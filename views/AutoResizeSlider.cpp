@@ -1,8 +1,8 @@
 #include "views/AutoResizeSlider.h"
 
+#include <cmath>
+
 #include <QSignalBlocker>
-#include <QStyle>
-#include <QStyleOptionSlider>
 #include <QWheelEvent>
 
 namespace orvane {
@@ -10,23 +10,18 @@ namespace orvane {
 AutoResizeSlider::AutoResizeSlider(QWidget *parent) : Zoomed(parent) {
   setOrientation(Qt::Horizontal);
   setFocusPolicy(Qt::StrongFocus);
-  connect(this, &QSlider::valueChanged, this, [this] {
-    update();
-    emit action();
-  });
+  connect(this, &QSlider::valueChanged, this, &AutoResizeSlider::action);
 }
 
 void AutoResizeSlider::setIntValue(int value) {
   const QSignalBlocker blocker(this);
-  if (value == this->value())
-    return;
   setValue(value);
-  update();
 }
 
-void AutoResizeSlider::initStyleOption(QStyleOptionSlider *option) const {
-  QSlider::initStyleOption(option);
-  useBounds(*option);
+void AutoResizeSlider::setFloatValue(float value) {
+  const auto smallest = static_cast<float>(minimum());
+  const auto largest = static_cast<float>(maximum());
+  setIntValue(qRound(std::fmin(std::fmax(value, smallest), largest)));
 }
 
 void AutoResizeSlider::wheelEvent(QWheelEvent *event) {
@@ -34,6 +29,11 @@ void AutoResizeSlider::wheelEvent(QWheelEvent *event) {
     Zoomed::wheelEvent(event);
   else
     event->ignore();
+}
+
+void AutoResizeSlider::initStyleOption(QStyleOptionSlider *option) const {
+  QSlider::initStyleOption(option);
+  useBounds(*option);
 }
 
 }  // namespace orvane

@@ -1,4 +1,4 @@
-// A horizontal slider that tells what the user does with it. Main thread.
+// A horizontal slider over whole numbers that tells what the user does with it. Main thread.
 #pragma once
 
 #include <QSlider>
@@ -9,19 +9,20 @@ namespace orvane {
 
 class AutoResizeSlider : public Zoomed<QSlider> {
   Q_OBJECT
-  Q_PROPERTY(int fontPixelSize READ fontPixelSize WRITE setFontPixelSize)
 
  public:
   explicit AutoResizeSlider(QWidget *parent = nullptr);
 
   int intValue() const { return value(); }
   float floatValue() const { return static_cast<float>(value()); }
-  // Clamped to the slider's range; never an action.
+  // Clamped to the slider's range; never an action. A float is rounded; not a number is the
+  // smallest value.
   void setIntValue(int value);
-  void setFloatValue(float value) { setIntValue(static_cast<int>(value)); }
+  void setFloatValue(float value);
 
  signals:
-  // The user has moved the slider, continuously while it is dragged.
+  // The user, or an assistive program for the user, has moved the slider: continuously while it is
+  // dragged.
   void action();
 
  protected:

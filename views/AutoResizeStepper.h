@@ -1,5 +1,5 @@
-// Two arrows that step a value up and down within its limits, without a text of their own.
-// Main thread.
+// Two arrows that step a number up and down within its limits, without a text of their own. Main
+// thread.
 #pragma once
 
 #include <QAbstractSpinBox>
@@ -13,19 +13,18 @@ class AutoResizeStepper : public Zoomed<QAbstractSpinBox> {
   Q_PROPERTY(double minimum READ minimum WRITE setMinimum)
   Q_PROPERTY(double maximum READ maximum WRITE setMaximum)
   Q_PROPERTY(double increment READ increment WRITE setIncrement)
-  // The names by which assistive programs read it.
-  Q_PROPERTY(double singleStep READ increment)
-  Q_PROPERTY(double value READ value WRITE setValue)
+  // By these names assistive programs read it, and set the value for the user.
+  Q_PROPERTY(double stepSize READ increment)
+  Q_PROPERTY(double value READ value WRITE chooseValue)
 
  public:
   explicit AutoResizeStepper(QWidget *parent = nullptr);
 
-  float floatValue() const { return static_cast<float>(mValue); }
-  // Clamped to the limits, otherwise kept as it is; never an action.
-  void setFloatValue(float value) { setValue(static_cast<double>(value)); }
+  float floatValue() const { return mValue; }
+  // Clamped to the limits, otherwise kept exactly; never an action. Not a number is the minimum.
+  void setFloatValue(float value);
 
-  double value() const { return mValue; }
-  void setValue(double value);
+  // In single precision they are the limits.
   double minimum() const { return mMinimum; }
   void setMinimum(double minimum);
   double maximum() const { return mMaximum; }
@@ -33,8 +32,12 @@ class AutoResizeStepper : public Zoomed<QAbstractSpinBox> {
   double increment() const { return mIncrement; }
   void setIncrement(double increment) { mIncrement = increment; }
 
+  double value() const { return static_cast<double>(mValue); }
+  // As if the user had stepped to it.
+  void chooseValue(double value);
+
+  // As if the user had stepped so many increments.
   void stepBy(int steps) override;
-  QSize sizeHint() const override;
 
  signals:
   // The user has stepped.
@@ -42,15 +45,20 @@ class AutoResizeStepper : public Zoomed<QAbstractSpinBox> {
 
  protected:
   StepEnabled stepEnabled() const override;
-  void resizeEvent(QResizeEvent *event) override;
+  QPointF placeInBounds(const QPointF &point) const override;
+  void paintEvent(QPaintEvent *event) override;
   void wheelEvent(QWheelEvent *event) override;
   void initStyleOption(QStyleOptionSpinBox *option) const override;
 
  private:
+  QRect arrowRect(QStyle::SubControl arrow) const;
+  void drawArrow(QPainter &painter, const QStyleOptionSpinBox &stepper,
+                 QStyle::SubControl arrow) const;
+
   double mMinimum = 0.0;
   double mMaximum = 100.0;
   double mIncrement = 1.0;
-  double mValue = 0.0;
+  float mValue = 0.0F;
 };
 
 }  // namespace orvane

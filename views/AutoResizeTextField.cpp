@@ -34,7 +34,7 @@ void AutoResizeTextField::setEditable(bool editable) {
   setReadOnly(!editable);
   setFrame(editable);
   setFocusPolicy(editable ? Qt::StrongFocus : Qt::NoFocus);
-  setAttribute(Qt::WA_TransparentForMouseEvents, !editable);
+  setAcceptDrops(editable);
   setAttribute(Qt::WA_InputMethodEnabled, editable);
   update();
 }
@@ -64,6 +64,25 @@ void AutoResizeTextField::initStyleOption(QStyleOptionFrame *option) const {
   useBounds(*option);
 }
 
+bool AutoResizeTextField::event(QEvent *event) {
+  switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::MouseMove:
+    case QEvent::ContextMenu:
+      // The text of a label cannot be selected; but the pointer shows its tool tip.
+      if (!isEditable()) {
+        event->ignore();
+        return true;
+      }
+      break;
+    default:
+      break;
+  }
+  return Zoomed::event(event);
+}
+
 // A label's frame is made for the usual text and must not cut an unusual one, as the toolkit's
 // field would.
 void AutoResizeTextField::paintEvent(QPaintEvent *event) {
@@ -73,7 +92,10 @@ void AutoResizeTextField::paintEvent(QPaintEvent *event) {
   }
   QPainter painter(this);
   painter.setPen(palette().color(QPalette::WindowText));
-  painter.drawText(bounds(), static_cast<int>(alignment()) | Qt::TextDontClip | Qt::TextSingleLine,
+  Qt::Alignment place = alignment();
+  if (!(place & Qt::AlignVertical_Mask))
+    place |= Qt::AlignVCenter;
+  painter.drawText(bounds(), static_cast<int>(place) | Qt::TextDontClip | Qt::TextSingleLine,
                    text());
 }
 

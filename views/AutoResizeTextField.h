@@ -20,6 +20,7 @@ class AutoResizeTextField : public Zoomed<QLineEdit> {
   void setEditable(bool editable);
 
   QString stringValue() const { return text(); }
+  // The text it already shows is not drawn again.
   void setStringValue(const QString &value);
   // The number that the text begins with after white space, else 0. A float is rounded once; a
   // number that is too large reads as the largest.
@@ -32,10 +33,11 @@ class AutoResizeTextField : public Zoomed<QLineEdit> {
   QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 
  signals:
-  // The user has ended editing.
+  // The user has ended editing, with Return or by leaving the field.
   void action();
 
  protected:
+  bool event(QEvent *event) override;
   void paintEvent(QPaintEvent *event) override;
   void initStyleOption(QStyleOptionFrame *option) const override;
   void relayoutEnded() override;

@@ -20,13 +20,14 @@ template <class Base>
 class Zoomed : public Base, public AutoResize {
  public:
   explicit Zoomed(QWidget *parent = nullptr)
-      : Base(parent), AutoResize(static_cast<QWidget &>(*this)) {}
+      : Base(parent), AutoResize(*static_cast<Base *>(this)) {}
 
  protected:
   // Every painter that is opened on the control, also by the toolkit's own code, begins here.
   void initPainter(QPainter *painter) const override {
     Base::initPainter(painter);
     painter->setTransform(zoom(), true);
+    painter->setRenderHint(QPainter::SmoothPixmapTransform, scale() != 1.0F);
   }
 
   // Events with a place reach the toolkit's code at that place in original coordinates.

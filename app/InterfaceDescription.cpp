@@ -1,0 +1,73 @@
+#include "app/InterfaceDescription.h"
+
+#include <functional>
+#include <map>
+
+#include <QFile>
+#include <QUiLoader>
+
+#include "views/AutoResizeBox.h"
+#include "views/AutoResizeImageView.h"
+#include "views/AutoResizePopUpButton.h"
+#include "views/AutoResizeSlider.h"
+#include "views/AutoResizeStepper.h"
+#include "views/AutoResizeTextField.h"
+#include "views/ContentView.h"
+#include "views/DisclosureButton.h"
+#include "views/HiddenButton.h"
+#include "views/ResizeWindow.h"
+#include "views/TuningMeterView.h"
+
+namespace orvane {
+namespace {
+
+template <typename Class>
+QWidget *make(QWidget *parent) {
+  return new Class(parent);
+}
+
+class Loader : public QUiLoader {
+ public:
+  QWidget *createWidget(const QString &className, QWidget *parent, const QString &name) override {
+    static const std::map<QString, QWidget *(*)(QWidget *)> kClasses = {
+        {"AutoResizeBox", make<AutoResizeBox>},
+        {"AutoResizeImageView", make<AutoResizeImageView>},
+        {"AutoResizePopUpButton", make<AutoResizePopUpButton>},
+        {"AutoResizeSlider", make<AutoResizeSlider>},
+        {"AutoResizeStepper", make<AutoResizeStepper>},
+        {"AutoResizeTextField", make<AutoResizeTextField>},
+        {"ContentView", make<ContentView>},
+        {"DisclosureButton", make<DisclosureButton>},
+        {"HiddenButton", make<HiddenButton>},
+        {"ResizeWindow", make<ResizeWindow>},
+        {"TuningMeterView", make<TuningMeterView>},
+        {"Window", make<Window>},
+    };
+    const auto known = kClasses.find(className);
+    if (known == kClasses.end())
+      return QUiLoader::createWidget(className, parent, name);
+    QWidget *widget = known->second(parent);
+    widget->setObjectName(name);
+    return widget;
+  }
+};
+
+}  // namespace
+
+InterfaceDescription::InterfaceDescription(const QString &name)
+    : mName(QStringLiteral("resources:") + name + QStringLiteral(".ui")) {
+  QFile file(mName);
+  if (!file.open(QIODevice::ReadOnly))
+    fail(file.errorString().toStdString());
+  Loader loader;
+  loader.setLanguageChangeEnabled(false);
+  mRoot.reset(loader.load(&file));
+  if (mRoot == nullptr)
+    fail(loader.errorString().simplified().toStdString());
+}
+
+void InterfaceDescription::fail(const std::string &reason) const {
+  throw InterfaceError(mName.section(QLatin1Char(':'), 1).toStdString() + ": " + reason);
+}
+
+}  // namespace orvane

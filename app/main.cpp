@@ -1,0 +1,131 @@
+// orvane: the tuner in its windows.
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include <QApplication>
+#include <QDir>
+#include <QIcon>
+
+#include "app/Controller.h"
+#include "app/DesktopSystem.h"
+#include "app/QuitSignals.h"
+#include "audio/PulseAudioHardware.h"
+#include "audio/RecordingHardware.h"
+
+namespace orvane {
+namespace {
+
+constexpr int kExitFailed = 1;
+constexpr int kExitUsage = 2;
+
+struct Options {
+  std::vector<std::string> inputs;
+  std::string temperaments;
+};
+
+// Under share/orvane beside an installed program, else in the source tree it was built from.
+QString resourceFolder() {
+  const QString installed =
+      QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../share/orvane"));
+  return QDir(installed).exists() ? installed : QStringLiteral(ORVANE_SOURCE_RESOURCES);
+}
+
+// The sound server, or the recordings in its place; null when a recording cannot be used.
+std::unique_ptr<AudioHardware> makeHardware(const std::vector<std::string> &inputs,
+                                            System &system) {
+  if (inputs.empty()) {
+    try {
+      return std::make_unique<PulseAudioHardware>();
+    } catch (const std::system_error &error) {
+      system.log("sound server: " + error.code().message());
+      return nullptr;
+    }
+  }
+  auto recordings = std::make_unique<RecordingHardware>(
+      std::vector<std::filesystem::path>(inputs.begin(), inputs.end()));
+  for (const RecordingHardware::Refusal &refusal : recordings->refusals())
+    system.log((refusal.file.empty() ? "''" : refusal.file.string()) + ": " + refusal.reason);
+  if (!recordings->refusals().empty())
+    return nullptr;
+  return recordings;
+}
+
+int run(int argc, char **argv, const Options &options) {
+  QCoreApplication::setOrganizationName(QStringLiteral("velmora"));
+  QCoreApplication::setApplicationName(QStringLiteral("Orvane"));
+  QCoreApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
+  QApplication application(argc, argv);
+  QApplication::setStyle(QStringLiteral("Fusion"));
+  // The controller decides when the last window was closed.
+  QApplication::setQuitOnLastWindowClosed(false);
+  QDir::setSearchPaths(QStringLiteral("resources"), {resourceFolder()});
+  QApplication::setWindowIcon(QIcon(QStringLiteral("resources:orvane.svg")));
+
+  DesktopSystem system;
+  const std::unique_ptr<AudioHardware> hardware = makeHardware(options.inputs, system);
+  if (hardware == nullptr)
+    return kExitFailed;
+  UserDefaults defaults([&system](const std::string &line) { system.log(line); });
+  const std::filesystem::path temperaments =
+      options.temperaments.empty()
+          ? std::filesystem::path(
+                (resourceFolder() + QStringLiteral("/Temperaments.txt")).toStdString())
+          : std::filesystem::path(options.temperaments);
+  Controller controller({*hardware, defaults, system, temperaments});
+  const QuitSignals quitSignals([&controller] { controller.terminate(); });
+  QObject::connect(&application, &QCoreApplication::aboutToQuit, &controller,
+                   &Controller::applicationWillTerminate);
+  controller.awakeFromNib();
+  return QApplication::exec();
+}
+
+}  // namespace
+}  // namespace orvane
+
+int main(int argc, char **argv) {
+  CLI::App app("Instrument tuner for the desktop.", "orvane");
+  app.set_version_flag("--version", std::string("orvane ") + ORVANE_VERSION);
+  app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+  orvane::Options options;
+  app.add_option("--input", options.inputs,
+                 "Sound file as device, in place of the sound server (repeatable)")
+      ->type_name("FILE")
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->allow_extra_args(false);
+  app.add_option("--temperaments", options.temperaments,
+                 "File of temperaments in place of the shipped one")
+      ->type_name("FILE");
+  orvane::DesktopSystem system;
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success &request) {  // --help, --version
+    return app.exit(request);
+  } catch (const CLI::ParseError &error) {
+    const std::string reason = error.what();
+    system.log("usage: " + reason.substr(0, reason.find('\n')));
+    return orvane::kExitUsage;
+  }
+  // The toolkit would end the program with a core dump.
+  if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
+      qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+    system.log(
+        "display: neither WAYLAND_DISPLAY nor DISPLAY is set (see orvane-cli for the terminal)");
+    return orvane::kExitFailed;
+  }
+  try {
+    return orvane::run(argc, argv, options);
+  } catch (const orvane::InterfaceError &error) {
+    system.log(error.what());
+  } catch (const std::bad_alloc &) {
+    system.log("memory: not enough");
+  } catch (const std::exception &error) {
+    system.log(std::string("internal error: ") + error.what());
+  }
+  return orvane::kExitFailed;
+}

@@ -1,0 +1,274 @@
+#include <gtest/gtest.h>
+
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QTimer>
+
+#include "tests/app/ControllerWatch.h"
+#include "tests/app/ResourceFolder.h"
+
+namespace orvane::test {
+namespace {
+
+class ControllerWindowTest : public testing::Test {
+ protected:
+  ControllerWindowTest() { rig.hardware.calls.clear(); }
+
+  QAction &item(const char *name) const {
+    return *tuner.mWindow->findChild<QAction *>(QString::fromLatin1(name));
+  }
+  // Everything the menus hold, separators aside.
+  static std::vector<QAction *> itemsOf(const Window &window) {
+    std::vector<QAction *> items;
+    for (const QAction *title : window.menuBar()->actions()) {
+      for (QAction *item : title->menu()->actions()) {
+        if (!item->isSeparator())
+          items.push_back(item);
+      }
+    }
+    return items;
+  }
+  static void openMenusOf(const Window &window) {
+    for (const QAction *title : window.menuBar()->actions())
+      emit title->menu()->aboutToShow();
+  }
+  // The system takes its time to hand over the keyboard.
+  static QWidget *windowWithKeyboard() {
+    QApplication::processEvents();
+    return QApplication::activeWindow();
+  }
+  // Of the hardware and the system since the last time.
+  Lines takeCalls() {
+    QApplication::processEvents();
+    return rig.hardware.takeCalls();
+  }
+
+  ControllerRig rig;
+  Controller &tuner = rig.launch();
+};
+
+TEST_F(ControllerWindowTest, HidingStopsTheStreamAndUnhidingStartsIt) {
+  tuner.applicationDidHide();
+  EXPECT_EQ(takeCalls(), stopCalls("7"));
+  tuner.applicationDidUnhide();
+  EXPECT_EQ(takeCalls(), startCalls("7"));
+}
+
+TEST_F(ControllerWindowTest, OnlyTheLastWindowToBeMinimisedStopsTheStream) {
+  tuner.mWindow->showMinimized();
+  EXPECT_TRUE(takeCalls().empty());
+  tuner.mTuningMeterWindow->showMinimized();
+  EXPECT_EQ(takeCalls(), stopCalls("7"));
+  tuner.mTuningMeterWindow->showNormal();
+  EXPECT_EQ(takeCalls(), startCalls("7"));
+  tuner.mWindow->showNormal();
+  EXPECT_TRUE(takeCalls().empty());
+}
+
+TEST_F(ControllerWindowTest, MinimisingTheOnlyOpenWindowStopsTheStream) {
+  tuner.mTuningMeterWindow->close();
+  EXPECT_TRUE(takeCalls().empty());
+  tuner.mWindow->showMinimized();
+  EXPECT_EQ(takeCalls(), stopCalls("7"));
+  tuner.showOrvaneWindow();
+  EXPECT_FALSE(tuner.mWindow->isMinimized());
+  EXPECT_EQ(takeCalls(), startCalls("7"));
+}
+
+TEST_F(ControllerWindowTest, HidesBothWindowsAtOnceAndStopsOnce) {
+  item("hide").trigger();
+  EXPECT_TRUE(tuner.mWindow->isMinimized());
+  EXPECT_TRUE(tuner.mTuningMeterWindow->isMinimized());
+  EXPECT_EQ(takeCalls(), stopCalls("7"));
+  item("hide").trigger();
+  EXPECT_TRUE(takeCalls().empty());
+}
+
+TEST_F(ControllerWindowTest, HidingLeavesAClosedWindowClosed) {
+  tuner.mTuningMeterWindow->close();
+  tuner.hide();
+  EXPECT_FALSE(tuner.mTuningMeterWindow->isVisible());
+}
+
+TEST_F(ControllerWindowTest, ClosingTheOnlyWindowThatIsNotMinimisedStopsTheStreamAndDoesNotQuit) {
+  tuner.mTuningMeterWindow->showMinimized();
+  tuner.mWindow->close();
+  EXPECT_EQ(takeCalls(), stopCalls("7"));
+}
+
+TEST_F(ControllerWindowTest, AClosedWindowThatComesBackStartsAHiddenStream) {
+  tuner.mTuningMeterWindow->showMinimized();
+  tuner.mWindow->close();
+  takeCalls();
+  tuner.showOrvaneWindow();
+  EXPECT_TRUE(tuner.mTuningMeterWindow->isMinimized());
+  EXPECT_EQ(takeCalls(), startCalls("7"));
+
+  tuner.mTuningMeterWindow->showNormal();
+  tuner.mTuningMeterWindow->close();
+  tuner.mWindow->showMinimized();
+  EXPECT_EQ(takeCalls(), stopCalls("7"));
+  tuner.showTuningMeterWindow();
+  EXPECT_EQ(takeCalls(), startCalls("7"));
+}
+
+TEST_F(ControllerWindowTest, OnlyClosingTheLastWindowQuits) {
+  tuner.mWindow->close();
+  EXPECT_TRUE(takeCalls().empty());
+  tuner.mTuningMeterWindow->close();
+  EXPECT_EQ(takeCalls(), Lines{"terminate"});
+}
+
+TEST_F(ControllerWindowTest, ClosingAMinimisedWindowAsTheLastOneQuits) {
+  tuner.mTuningMeterWindow->close();
+  tuner.mWindow->showMinimized();
+  takeCalls();
+  tuner.mWindow->close();
+  EXPECT_EQ(takeCalls(), Lines{"terminate"});
+}
+
+TEST_F(ControllerWindowTest, BringsAClosedWindowBackWithTheKeyboard) {
+  tuner.mWindow->close();
+  EXPECT_FALSE(tuner.mWindow->isVisible());
+  item("showOrvaneWindow").trigger();
+  EXPECT_TRUE(tuner.mWindow->isVisible());
+  EXPECT_EQ(windowWithKeyboard(), tuner.mWindow);
+  tuner.mTuningMeterWindow->close();
+  item("showTuningMeterWindow").trigger();
+  EXPECT_TRUE(tuner.mTuningMeterWindow->isVisible());
+  EXPECT_EQ(windowWithKeyboard(), tuner.mTuningMeterWindow);
+  EXPECT_TRUE(takeCalls().empty());
+}
+
+TEST_F(ControllerWindowTest, ClosesTheWindowThatHasTheKeyboard) {
+  tuner.showTuningMeterWindow();
+  ASSERT_EQ(windowWithKeyboard(), tuner.mTuningMeterWindow);
+  item("performClose").trigger();
+  EXPECT_FALSE(tuner.mTuningMeterWindow->isVisible());
+  EXPECT_TRUE(tuner.mWindow->isVisible());
+  tuner.showOrvaneWindow();
+  ASSERT_EQ(windowWithKeyboard(), tuner.mWindow);
+  item("performClose").trigger();
+  EXPECT_FALSE(tuner.mWindow->isVisible());
+  EXPECT_EQ(takeCalls(), Lines{"terminate"});
+}
+
+TEST_F(ControllerWindowTest, BothWindowsHaveTheSameMenusWithItemsOfTheirOwn) {
+  const std::vector<QAction *> items = itemsOf(*tuner.mWindow);
+  const std::vector<QAction *> twins = itemsOf(*tuner.mTuningMeterWindow);
+  ASSERT_EQ(items.size(), 12U);
+  ASSERT_EQ(twins.size(), 12U);
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    SCOPED_TRACE(items[i]->objectName().toStdString());
+    EXPECT_NE(twins[i], items[i]);
+    EXPECT_EQ(twins[i]->objectName(), items[i]->objectName());
+    EXPECT_EQ(twins[i]->text(), items[i]->text());
+    EXPECT_EQ(twins[i]->shortcut(), items[i]->shortcut());
+    EXPECT_EQ(twins[i]->isCheckable(), items[i]->isCheckable());
+    // The key of one must not be in the way of the other's.
+    EXPECT_EQ(items[i]->shortcutContext(), Qt::WindowShortcut);
+    EXPECT_EQ(twins[i]->shortcutContext(), Qt::WindowShortcut);
+  }
+}
+
+TEST_F(ControllerWindowTest, AnItemOfTheNeedleWindowDoesWhatTheMainWindowsDoes) {
+  tuner.mTuningMeterWindow->findChild<QAction *>(QStringLiteral("openSoundPreferences"))->trigger();
+  EXPECT_EQ(takeCalls(), (Lines{"openSoundSettings", "showSoundInputPage"}));
+  tuner.mTuningMeterWindow->findChild<QAction *>(QStringLiteral("iaSpeakTune"))->trigger();
+  EXPECT_TRUE(tuner.mTuneSpeech);
+  tuner.mTuningMeterWindow->findChild<QAction *>(QStringLiteral("terminate"))->trigger();
+  EXPECT_EQ(takeCalls(), Lines{"terminate"});
+}
+
+TEST_F(ControllerWindowTest, NeverDisablesAMenuItem) {
+  for (const Window *window : {static_cast<Window *>(tuner.mWindow), tuner.mTuningMeterWindow}) {
+    for (QAction *action : itemsOf(*window)) {
+      action->setEnabled(false);
+      EXPECT_TRUE(tuner.validateMenuItem(*action)) << action->objectName().toStdString();
+    }
+    openMenusOf(*window);
+    for (const QAction *action : itemsOf(*window))
+      EXPECT_TRUE(action->isEnabled()) << action->objectName().toStdString();
+  }
+}
+
+TEST_F(ControllerWindowTest, AnOpenMenuOfEitherWindowTicksWhatIsSpoken) {
+  for (const Window *window : {static_cast<Window *>(tuner.mWindow), tuner.mTuningMeterWindow}) {
+    const auto *tune = window->findChild<QAction *>(QStringLiteral("iaSpeakTune"));
+    tuner.mTuneSpeech = true;
+    openMenusOf(*window);
+    EXPECT_TRUE(tune->isChecked());
+    tuner.mTuneSpeech = false;
+    openMenusOf(*window);
+    EXPECT_FALSE(tune->isChecked());
+  }
+}
+
+TEST_F(ControllerWindowTest, TicksWhatIsSpokenAndNothingElse) {
+  for (const bool tune : {false, true}) {
+    for (const bool hertz : {false, true}) {
+      tuner.mTuneSpeech = tune;
+      tuner.mHertzSpeech = hertz;
+      for (QAction *action : itemsOf(*tuner.mWindow)) {
+        tuner.validateMenuItem(*action);
+        const bool ticked =
+            (action == &item("iaSpeakTune") && tune) || (action == &item("iaSpeakHertz") && hertz);
+        EXPECT_EQ(action->isChecked(), ticked) << action->objectName().toStdString();
+      }
+    }
+  }
+}
+
+TEST_F(ControllerWindowTest, TheMenusCommandTheSystemAndTheSpeech) {
+  item("terminate").trigger();
+  EXPECT_EQ(takeCalls(), Lines{"terminate"});
+  item("openSoundPreferences").trigger();
+  EXPECT_EQ(takeCalls(), (Lines{"openSoundSettings", "showSoundInputPage"}));
+  item("iaSpeakStatus").trigger();
+  QApplication::processEvents();
+  EXPECT_EQ(rig.system.spoken, Lines{"ay  , in tune, 440.0 hertz"});
+  item("iaSpeakDetails").trigger();
+  QApplication::processEvents();
+  ASSERT_EQ(rig.system.spoken.size(), 2U);
+  EXPECT_TRUE(rig.system.spoken.back().starts_with("ay   4, in tune, 440.0 hertz. Reference"));
+  item("iaSpeakTune").trigger();
+  EXPECT_TRUE(tuner.mTuneSpeech);
+  item("iaSpeakHertz").trigger();
+  EXPECT_TRUE(tuner.mHertzSpeech);
+  item("iaSpeakTune").trigger();
+  item("iaSpeakHertz").trigger();
+  EXPECT_FALSE(tuner.mTuneSpeech);
+  EXPECT_FALSE(tuner.mHertzSpeech);
+}
+
+TEST_F(ControllerWindowTest, TheMenusShowWhatThisProgramIs) {
+  QCoreApplication::setApplicationVersion(QStringLiteral("4.2"));
+  QString shown;
+  QTimer::singleShot(0, qApp, [&shown] {
+    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    shown = box->windowTitle() + QLatin1Char('\n') + box->text();
+    box->accept();
+  });
+  item("about").trigger();
+  EXPECT_TRUE(shown.startsWith(QStringLiteral("About Orvane\n"))) << shown.toStdString();
+  EXPECT_TRUE(shown.contains(QStringLiteral("Orvane 4.2"))) << shown.toStdString();
+}
+
+TEST_F(ControllerWindowTest, TheMenusShowTheHelpPanel) {
+  const ResourceFolder resources;
+  resources.write("Help.ui", kHelpDescription);
+  item("showHelp").trigger();
+  ASSERT_NE(windowWithKeyboard(), nullptr);
+  EXPECT_EQ(windowWithKeyboard()->objectName(), "Help");
+  EXPECT_TRUE(takeCalls().empty());
+}
+
+TEST_F(ControllerWindowTest, TheButtonOpensTheSoundSettings) {
+  tuner.openSoundPreferencesButton->click();
+  EXPECT_EQ(takeCalls(), (Lines{"openSoundSettings", "showSoundInputPage"}));
+}
+
+}  // namespace
+}  // namespace orvane::test

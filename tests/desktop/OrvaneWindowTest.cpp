@@ -1,0 +1,138 @@
+// The two layouts of the main window, its zoom, and what a person's drags at its edges make of it.
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "tests/desktop/OrvaneRig.h"
+
+namespace orvane::test {
+namespace {
+
+// On a recording, since none of it is about sound.
+class OrvaneWindowTest : public DesktopTest {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(program.opens()) << program.standardError();
+    window = windows.find(kMainWindow);
+    // The menu bar, which is no part of the layouts.
+    menuHeight = program.application()
+                     .findNamed(kMainWindow, "frame")
+                     .find([](const Accessible &object) { return object.role() == "menu bar"; })
+                     .extents()
+                     .height();
+  }
+
+  QSize content() const { return windows.content(window).size() - QSize(0, menuHeight); }
+
+  void expectContent(const QSize &expected) const {
+    EXPECT_TRUE(eventually([&] { return content() == expected; }, kPatience))
+        << content().width() << "x" << content().height() << ", not " << expected.width() << "x"
+        << expected.height();
+  }
+
+  // The corner opposite the dragged one stays. Within what the frame's whole pixels and a pixel of
+  // the pointer's way make of it.
+  void expectFrame(const QSizeF &expected) const {
+    const auto frame = [this] { return windows.frame(window).size(); };
+    const auto isClose = [&] {
+      return windows.frame(window).topLeft() == QPoint(0, 0) &&
+             std::abs(frame().width() - expected.width()) <= 2.0 &&
+             std::abs(frame().height() - expected.height()) <= 2.0;
+    };
+    EXPECT_TRUE(eventually(isClose, kPatience))
+        << frame().width() << "x" << frame().height() << ", not " << expected.width() << "x"
+        << expected.height() << ", at " << windows.frame(window).x() << ","
+        << windows.frame(window).y();
+  }
+
+  void dragCorner(int dx, int dy) const {
+    const QPoint corner = windows.frame(window).bottomRight();
+    input.drag(corner, corner + QPoint(dx, dy));
+  }
+
+  static constexpr QSize kFull{420, 444};
+  static constexpr QSize kCollapsed{420, 180};
+
+  OrvaneProgram program{desktop, tree, {"--input", ORVANE_RESOURCES_DIR "/Recording.flac"}};
+  WindowId window = 0;
+  int menuHeight = 0;
+};
+
+TEST_F(OrvaneWindowTest, TheDisclosureTriangleShowsAndHidesTheDetailsAtEveryZoom) {
+  expectContent(kFull);
+  const QPoint corner = windows.frame(window).topLeft();
+  EXPECT_TRUE(screen.save("layout-full"));
+  program.click("mDisclosureButton");
+  expectContent(kCollapsed);
+  EXPECT_EQ(windows.frame(window).topLeft(), corner);
+  EXPECT_FALSE(program.object("mReferencePitchText").is(AccessibleState::kFocused));
+  EXPECT_TRUE(screen.save("layout-collapsed"));
+  program.click("mDisclosureButton");
+  expectContent(kFull);
+  EXPECT_EQ(windows.frame(window).topLeft(), corner);
+  EXPECT_TRUE(program.object("mReferencePitchText").is(AccessibleState::kFocused));
+
+  // What is not dragged by the user's hand is left as it is.
+  windows.moveResize(window, {0, 0}, {2 * kFull.width(), 2 * kFull.height() + menuHeight});
+  expectContent(2 * kFull);
+  EXPECT_TRUE(eventually([&] { return program.text("mNoteText").size() == 1; }, kPatience));
+  EXPECT_TRUE(screen.save("layout-full-double"));
+  program.click("mDisclosureButton");
+  expectContent(2 * kCollapsed);
+  EXPECT_TRUE(screen.save("layout-collapsed-double"));
+  program.click("mDisclosureButton");
+  expectContent(2 * kFull);
+  program.enter("mReferencePitchText", "442");
+  expectText(program, "mReferencePitchText", "442");
+  ASSERT_TRUE(program.choose("mTuningPopUpButton", "Just Intonation"));
+  expectTitle(program, "mTuningPopUpButton", "Just Intonation");
+}
+
+TEST_F(OrvaneWindowTest, ADragAtTheFrameKeepsTheProportionsUnlessAKeySaysOtherwise) {
+  const QPoint title = windows.frame(window).topLeft() + QPoint(kFull.width() / 2, 8);
+  input.drag(title, {kFull.width() / 2, 8});
+  ASSERT_TRUE(eventually([&] { return windows.frame(window).topLeft() == QPoint(0, 0); }));
+  const QSizeF smallest = windows.frame(window).size();
+
+  // The smaller of the two factors counts.
+  dragCorner(200, 50);
+  expectFrame(smallest * ((smallest.height() + 50) / smallest.height()));
+  EXPECT_TRUE(screen.save("layout-dragged"));
+
+  const QSizeF before = windows.frame(window).size();
+  input.hold("Shift");
+  dragCorner(60, -20);
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  input.letGo("Shift");
+  expectFrame(before + QSizeF(60, -20));
+  EXPECT_TRUE(screen.save("layout-dragged-freely"));
+
+  // 1.8 times the smallest height is nearer to twice than to once.
+  const int tall = static_cast<int>(1.8 * smallest.height()) - windows.frame(window).height();
+  input.hold("Alt");
+  dragCorner(0, tall);
+  expectFrame(2.0 * smallest);
+  input.letGo("Alt");
+}
+
+TEST_F(OrvaneWindowTest, WindowsAreClosedAndBroughtBackFromTheMenu) {
+  const WindowId meter = windows.find(kMeterWindow);
+  ASSERT_NE(meter, 0U);
+  EXPECT_EQ(windows.active(), window);
+  ASSERT_TRUE(program.chooseMenu("Window", "Needle Meter"));
+  EXPECT_TRUE(eventually([&] { return windows.active() == meter; }));
+  EXPECT_TRUE(screen.save("needle-meter"));
+  input.key("Ctrl+w");
+  EXPECT_TRUE(eventually([&] { return windows.find(kMeterWindow) == 0; }));
+  EXPECT_TRUE(eventually([&] { return windows.active() == window; }));
+  input.key("Ctrl+2");
+  EXPECT_TRUE(eventually([&] { return windows.find(kMeterWindow) != 0; }));
+  windows.close(window);
+  EXPECT_TRUE(eventually([&] { return windows.find(kMainWindow) == 0; }));
+  windows.activate(windows.find(kMeterWindow));
+  input.key("Ctrl+1");
+  EXPECT_TRUE(eventually([&] { return windows.find(kMainWindow) != 0; }));
+}
+
+}  // namespace
+}  // namespace orvane::test
