@@ -91,6 +91,7 @@ void Controller::awakeFromNib() {
 
   mTuneSpeech = mDefaults.boolForKey(kTuneSpeechKey);
   mHertzSpeech = mDefaults.boolForKey(kHertzSpeechKey);
+  validateMenus();
 }
 
 void Controller::loadTemperaments() {
@@ -131,15 +132,21 @@ void Controller::restoreTuning() {
 }
 
 void Controller::loadPictures() {
-  mGray16x16 = Picture::imageNamed(QStringLiteral("gray16x16"));
-  mGreen16x16 = Picture::imageNamed(QStringLiteral("green16x16"));
-  mRed16x16 = Picture::imageNamed(QStringLiteral("red16x16"));
-  mYellow16x16 = Picture::imageNamed(QStringLiteral("yellow16x16"));
-  mGray24x24 = Picture::imageNamed(QStringLiteral("gray24x24"));
-  mRed24x24 = Picture::imageNamed(QStringLiteral("red24x24"));
-  mGray28x28 = Picture::imageNamed(QStringLiteral("gray28x28"));
-  mGreen28x28 = Picture::imageNamed(QStringLiteral("green28x28"));
-  mBlue28x28 = Picture::imageNamed(QStringLiteral("blue28x28"));
+  const auto imageNamed = [this](const char *name) {
+    std::shared_ptr<const Picture> picture = Picture::imageNamed(QString::fromLatin1(name));
+    if (picture == nullptr)
+      mSystem.log(std::string("picture: cannot load ") + name);
+    return picture;
+  };
+  mGray16x16 = imageNamed("gray16x16");
+  mGreen16x16 = imageNamed("green16x16");
+  mRed16x16 = imageNamed("red16x16");
+  mYellow16x16 = imageNamed("yellow16x16");
+  mGray24x24 = imageNamed("gray24x24");
+  mRed24x24 = imageNamed("red24x24");
+  mGray28x28 = imageNamed("gray28x28");
+  mGreen28x28 = imageNamed("green28x28");
+  mBlue28x28 = imageNamed("blue28x28");
 }
 
 void Controller::restoreDisclosure() {
@@ -158,6 +165,7 @@ void Controller::applicationWillTerminate() {
   mDefaults.setInteger(mSettings.mTuning, kTuningKey);
   mDefaults.setInteger(mSettings.mTonic, kTonicKey);
   mDefaults.setInteger(mSettings.mTranspose, kTransposeKey);
+  // A minimised window counts as visible: hiding the application must not close it for next time.
   mDefaults.setBool(mTuningMeterWindow->isVisible(), kTunerMeterKey);
   std::optional<std::string> device;
   if (mInputDevicePopUpButton->indexOfSelectedItem() >= 0)
@@ -177,13 +185,10 @@ void Controller::applicationDidUnhide() {
 }
 
 void Controller::windowsChanged() {
-  const std::array<const Window *, 2> windows = {mWindow, mTuningMeterWindow};
-  const bool isOpen = std::any_of(windows.begin(), windows.end(),
-                                  [](const Window *window) { return window->isVisible(); });
-  const bool isOnScreen = std::any_of(windows.begin(), windows.end(), [](const Window *window) {
-    return window->isVisible() && !window->isMinimized();
-  });
-  const bool isHidden = isOpen && !isOnScreen;
+  const std::vector<Window *> windows = openWindows();
+  const bool isHidden =
+      !windows.empty() && std::all_of(windows.begin(), windows.end(),
+                                      [](const Window *window) { return window->isMinimized(); });
   if (isHidden == mIsHidden || mAUInputUnit == nullptr)
     return;
   mIsHidden = isHidden;
@@ -193,8 +198,18 @@ void Controller::windowsChanged() {
     applicationDidUnhide();
 }
 
+std::vector<Window *> Controller::openWindows() {
+  std::vector<Window *> windows;
+  for (QWidget *widget : QApplication::topLevelWidgets()) {
+    auto *window = qobject_cast<Window *>(widget);
+    if (window != nullptr && window->isVisible())
+      windows.push_back(window);
+  }
+  return windows;
+}
+
 void Controller::windowClosed() {
-  if (mWindow->isVisible() || mTuningMeterWindow->isVisible())
+  if (!openWindows().empty())
     windowsChanged();
   else if (applicationShouldTerminateAfterLastWindowClosed())
     mSystem.terminate();
@@ -208,6 +223,14 @@ bool Controller::validateMenuItem(QAction &item) const {
   return true;
 }
 
+void Controller::validateMenus() const {
+  const std::array<const Window *, 2> windows = {mWindow, mTuningMeterWindow};
+  for (const Window *window : windows) {
+    for (QAction *item : window->findChildren<QAction *>())
+      validateMenuItem(*item);
+  }
+}
+
 void Controller::showOrvaneWindow() {
   mWindow->makeKeyAndOrderFront();
   windowsChanged();
@@ -219,10 +242,8 @@ void Controller::showTuningMeterWindow() {
 }
 
 void Controller::hide() {
-  for (Window *window : {static_cast<Window *>(mWindow), mTuningMeterWindow}) {
-    if (window->isVisible())
-      window->showMinimized();
-  }
+  for (Window *window : openWindows())
+    window->showMinimized();
 }
 
 void Controller::performClose() {
@@ -231,7 +252,8 @@ void Controller::performClose() {
 }
 
 void Controller::showHelp() {
-  HelpPanel::showHelpPanel(mSystem);
+  if (Window *panel = HelpPanel::showHelpPanel(mSystem))
+    watch(*panel);
 }
 
 void Controller::terminate() {

@@ -29,6 +29,7 @@
 #include "core/UpdateLoop.h"
 #include "views/AutoResizeBox.h"
 #include "views/AutoResizeImageView.h"
+#include "views/AutoResizeMeter.h"
 #include "views/AutoResizeStepper.h"
 #include "views/ContentView.h"
 #include "views/DisclosureButton.h"
@@ -159,6 +160,10 @@ class Controller : public QObject, private UpdateLoopDisplay {
   AutoResizeImageView *mLevel5 = nullptr;
   AutoResizeImageView *mLevel6 = nullptr;
   AutoResizeImageView *mLevel7 = nullptr;
+  // The lamps and the level as assistive programs read them, in cents and in decibels below full
+  // scale.
+  AutoResizeMeter *mLampMeter = nullptr;
+  AutoResizeMeter *mLevelMeter = nullptr;
 
   // Lamp pictures, shared by all lamps that show them.
   std::shared_ptr<const Picture> mGray16x16;
@@ -178,7 +183,7 @@ class Controller : public QObject, private UpdateLoopDisplay {
   bool mTuneSpeech = false;
   bool mHertzSpeech = false;
   std::unique_ptr<SpeechSynthesizer> mSpeech;  // made when the first text is offered
-  std::int64_t mInputVolume = 0;  // percent, the slider's value last passed on
+  std::int64_t mInputVolume = 0;               // percent, the slider's value last passed on
 
   // Sound.
   WakeUpDescriptor mWakeUp;
@@ -217,12 +222,18 @@ class Controller : public QObject, private UpdateLoopDisplay {
 
   void takeBlocks();
   void grayCentreLamp() override;
+  // For assistive programs: the note in one phrase, and what the centre lamp tells by its colour.
+  void describeNote(const NoteTexts &texts);
+  void describeCentreLamp(CentreLamp lamp);
   // What the speech flags ask for.
   void speakContinuously();
   void readSampleRate();
   const std::shared_ptr<const Picture> &picture(LevelSegment segment) const;
   // Looks whether any window is left on screen.
   void windowsChanged();
+  static std::vector<Window *> openWindows();
+  void watch(const Window &window);
+  void validateMenus() const;
   void windowClosed();
 
   AudioHardware &mHardware;

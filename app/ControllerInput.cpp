@@ -34,7 +34,12 @@ void Controller::readSampleRate() {
 }
 
 void Controller::inputDevicePopupChanged() {
+  // While the application is hidden nothing runs, before the change and after it.
+  if (mIsHidden)
+    mAUInputUnit->start();
   mAUInputUnit->setInputDeviceAtIndex(mInputDevicePopUpButton->indexOfSelectedItem());
+  if (mIsHidden)
+    mAUInputUnit->stop();
   readSampleRate();
 }
 

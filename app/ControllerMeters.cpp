@@ -9,6 +9,8 @@
 namespace orvane {
 namespace {
 
+constexpr double kFullScale = 96.0;  // level, in steps of a decibel
+
 // Seconds on a clock that no setting of the time of day can turn.
 double now() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
@@ -32,12 +34,14 @@ void Controller::updateUI(CaptureBlock block) {
 
 void Controller::grayCentreLamp() {
   mNatural->setImage(mGray28x28);
+  describeCentreLamp(CentreLamp::Gray);
 }
 
 void Controller::updateTunerUI() {
   const auto reading = noteReading(mLoop.mFrequency, mSettings, mTables);
   if (!reading)
     return;
+  describeNote(reading->texts);
   mNoteText->setStringValue(text(reading->texts.mNoteText));
   mAccidentalText->setHidden(reading->texts.mAccidentalText == " ");
   mAccidentalText->setStringValue(text(reading->texts.mAccidentalText));
@@ -55,6 +59,8 @@ void Controller::updateTunerUI() {
 void Controller::setTuningMeter(float semitones) {
   const LampRow row = lampRow(semitones);
   mNatural->setImage(row.natural == CentreLamp::Green ? mGreen28x28 : mBlue28x28);
+  mLampMeter->setValue(row.cents);
+  describeCentreLamp(row.natural);
 
   const auto light = [this](const auto &lamps, const auto &lit) {
     for (std::size_t i = lamps.size(); i-- > 0;)
@@ -80,6 +86,7 @@ void Controller::setLevelMeter() {
   for (std::size_t i = segments.size(); i-- > 0;)
     mLevels[i]->setImage(picture(segments[i]));
   mLevelText->setStringValue(text(levelText(mLoop.mPeakHold)));
+  mLevelMeter->setValue(static_cast<double>(mDetector.mPeak) - kFullScale);
 }
 
 const std::shared_ptr<const Picture> &Controller::picture(LevelSegment segment) const {

@@ -60,6 +60,8 @@ void Controller::connectLamps() {
   connect(mLevel5, "mLevel5");
   connect(mLevel6, "mLevel6");
   connect(mLevel7, "mLevel7");
+  mMainDescription.connect(mLampMeter, "mLampMeter");
+  mMainDescription.connect(mLevelMeter, "mLevelMeter");
   mFlats = {mFlat0, mFlat1, mFlat2, mFlat3, mFlat4};
   mSharps = {mSharp0, mSharp1, mSharp2, mSharp3, mSharp4};
   mLevels = {mLevel0, mLevel1, mLevel2, mLevel3, mLevel4, mLevel5, mLevel6, mLevel7};
@@ -84,13 +86,18 @@ void Controller::connectActions() {
   connect(mDisclosureButton, &DisclosureButton::action, this, &Controller::disclosureButton);
 
   for (Window *window : {static_cast<Window *>(mWindow), mTuningMeterWindow}) {
-    connect(window, &Window::closed, this, &Controller::windowClosed);
-    connect(window, &Window::miniaturized, this, &Controller::windowsChanged);
-    connect(window, &Window::deminiaturized, this, &Controller::windowsChanged);
+    watch(*window);
   }
   mWindow->windowWillResize = [this](Window &window, QSizeF toSize) {
     return windowWillResize(window, toSize);
   };
+}
+
+void Controller::watch(const Window &window) {
+  connect(&window, &Window::closed, this, &Controller::windowClosed, Qt::UniqueConnection);
+  connect(&window, &Window::miniaturized, this, &Controller::windowsChanged, Qt::UniqueConnection);
+  connect(&window, &Window::deminiaturized, this, &Controller::windowsChanged,
+          Qt::UniqueConnection);
 }
 
 // The needle window has the same menus with items of its own: an item in two windows has its place

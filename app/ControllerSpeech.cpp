@@ -4,12 +4,12 @@
 #include <QTimer>
 
 #include "app/Controller.h"
+#include "core/TuningControls.h"
 
 namespace orvane {
 namespace {
 
 constexpr int kInTune = 2;  // cents
-constexpr int kUntransposed = 11;
 constexpr std::array<const char *, 12> kTonicNames = {
     "C", "C sharp", "D", "E flat", "E", "F", "F sharp", "G", "G sharp", "ay", "B flat", "B"};
 
@@ -53,9 +53,9 @@ void Controller::speakDetailsTimer() {
   };
   add(QStringLiteral("Reference Pitch"),
       mReferencePitchText->stringValue() + QStringLiteral(" hertz"));
-  const int transpose = mTransposePopUpButton->indexOfSelectedItem();
-  add(QStringLiteral("Transpose"),
-      transpose == kUntransposed ? QStringLiteral("off") : withSign(transpose - kUntransposed));
+  const auto transpose =
+      static_cast<int>(transposeOfItem(mTransposePopUpButton->indexOfSelectedItem()));
+  add(QStringLiteral("Transpose"), transpose == 0 ? QStringLiteral("off") : withSign(transpose));
   add(QStringLiteral("Tuning"), mTuningPopUpButton->titleOfSelectedItem());
   if (mTuningPopUpButton->indexOfSelectedItem() != 0)
     add(QStringLiteral("Tonic"), QString::fromLatin1(kTonicNames.at(static_cast<std::size_t>(
@@ -85,10 +85,12 @@ void Controller::iaSpeakDetails() {
 
 void Controller::iaSpeakTune() {
   mTuneSpeech = !mTuneSpeech;
+  validateMenus();
 }
 
 void Controller::iaSpeakHertz() {
   mHertzSpeech = !mHertzSpeech;
+  validateMenus();
 }
 
 }  // namespace orvane

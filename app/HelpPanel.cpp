@@ -7,7 +7,7 @@ namespace orvane {
 
 HelpPanel::HelpPanel(System &system) : QObject(qApp), mSystem(system) {}
 
-void HelpPanel::showHelpPanel(System &system) {
+Window *HelpPanel::showHelpPanel(System &system) {
   static QPointer<HelpPanel> panel;
   if (panel == nullptr) {
     panel = new HelpPanel(system);
@@ -15,6 +15,7 @@ void HelpPanel::showHelpPanel(System &system) {
     qAddPostRoutine([] { delete panel; });
   }
   panel->showHelpPanel();
+  return panel->window;
 }
 
 void HelpPanel::showHelpPanel() {

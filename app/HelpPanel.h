@@ -14,7 +14,8 @@ namespace orvane {
 class HelpPanel : public QObject {
  public:
   // Shows the one panel of the process, which is made on first use and belongs to the application.
-  static void showHelpPanel(System &system);
+  // Returns its window, or null when there is none to show.
+  static Window *showHelpPanel(System &system);
 
   // Centres the window when it was not visible and brings it to the front. A description that
   // cannot be loaded is logged, beeps, and is tried again the next time.

@@ -1,6 +1,5 @@
 #include "app/InterfaceDescription.h"
 
-#include <functional>
 #include <map>
 
 #include <QFile>
@@ -8,6 +7,7 @@
 
 #include "views/AutoResizeBox.h"
 #include "views/AutoResizeImageView.h"
+#include "views/AutoResizeMeter.h"
 #include "views/AutoResizePopUpButton.h"
 #include "views/AutoResizeSlider.h"
 #include "views/AutoResizeStepper.h"
@@ -32,6 +32,7 @@ class Loader : public QUiLoader {
     static const std::map<QString, QWidget *(*)(QWidget *)> kClasses = {
         {"AutoResizeBox", make<AutoResizeBox>},
         {"AutoResizeImageView", make<AutoResizeImageView>},
+        {"AutoResizeMeter", make<AutoResizeMeter>},
         {"AutoResizePopUpButton", make<AutoResizePopUpButton>},
         {"AutoResizeSlider", make<AutoResizeSlider>},
         {"AutoResizeStepper", make<AutoResizeStepper>},

@@ -1,5 +1,5 @@
 // Runs selectors on the main thread for threads that must not wait for it. What is still waiting
-// when this is destroyed never runs: destroy it before what its selectors refer to.
+// when this is destroyed never runs.
 #pragma once
 
 #include <QObject>

@@ -1,6 +1,6 @@
 // orvane: the tuner in its windows.
+#include <cstdlib>
 #include <filesystem>
-#include <iostream>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -56,7 +56,14 @@ std::unique_ptr<AudioHardware> makeHardware(const std::vector<std::string> &inpu
   return recordings;
 }
 
-int run(int argc, char **argv, const Options &options) {
+// The toolkit would end the program with a core dump, where a display cannot be opened for one.
+void log(QtMsgType type, const QMessageLogContext & /*context*/, const QString &message) {
+  DesktopSystem().log(message.section(QLatin1Char('\n'), 0, 0).toStdString());
+  if (type == QtFatalMsg)
+    std::_Exit(kExitFailed);
+}
+
+int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
   QCoreApplication::setOrganizationName(QStringLiteral("velmora"));
   QCoreApplication::setApplicationName(QStringLiteral("Orvane"));
   QCoreApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
@@ -67,7 +74,6 @@ int run(int argc, char **argv, const Options &options) {
   QDir::setSearchPaths(QStringLiteral("resources"), {resourceFolder()});
   QApplication::setWindowIcon(QIcon(QStringLiteral("resources:orvane.svg")));
 
-  DesktopSystem system;
   const std::unique_ptr<AudioHardware> hardware = makeHardware(options.inputs, system);
   if (hardware == nullptr)
     return kExitFailed;
@@ -111,7 +117,7 @@ int main(int argc, char **argv) {
     system.log("usage: " + reason.substr(0, reason.find('\n')));
     return orvane::kExitUsage;
   }
-  // The toolkit would end the program with a core dump.
+  qInstallMessageHandler(orvane::log);
   if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
       qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
     system.log(
@@ -119,7 +125,7 @@ int main(int argc, char **argv) {
     return orvane::kExitFailed;
   }
   try {
-    return orvane::run(argc, argv, options);
+    return orvane::run(argc, argv, options, system);
   } catch (const orvane::InterfaceError &error) {
     system.log(error.what());
   } catch (const std::bad_alloc &) {

@@ -14,6 +14,7 @@ class AutoResizeBox : public Zoomed<QFrame> {
   explicit AutoResizeBox(QWidget *parent = nullptr);
 
  protected:
+  void paintEvent(QPaintEvent *event) override;
   void initStyleOption(QStyleOptionFrame *option) const override;
 };
 

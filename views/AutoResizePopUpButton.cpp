@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <QAbstractItemView>
+#include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QScreen>
 #include <QSignalBlocker>
@@ -10,9 +11,12 @@
 #include <QStyleOptionComboBox>
 #include <QWheelEvent>
 
+#include "views/AccessibleControls.h"
+
 namespace orvane {
 
 AutoResizePopUpButton::AutoResizePopUpButton(QWidget *parent) : Zoomed(parent) {
+  installAccessibleControls();
   setFocusPolicy(Qt::StrongFocus);
   connect(this, &QComboBox::activated, this, &AutoResizePopUpButton::action);
   connect(model(), &QAbstractItemModel::rowsInserted, this,
@@ -78,6 +82,7 @@ void AutoResizePopUpButton::showPopup() {
   initStyleOption(&option);
   const int width = style()->sizeFromContents(QStyle::CT_ComboBox, &option, widest, this).width();
   view()->setMinimumWidth(std::min(width, screen()->availableSize().width()));
+  view()->viewport()->installEventFilter(this);
   const QScopedValueRollback opening(mIsOpening, true);
   Zoomed::showPopup();
 }
@@ -85,6 +90,17 @@ void AutoResizePopUpButton::showPopup() {
 // What the toolkit remembers of a press is a place on the screen, not one in the button.
 bool AutoResizePopUpButton::event(QEvent *event) {
   return event->type() == QEvent::MouseButtonPress ? QComboBox::event(event) : Zoomed::event(event);
+}
+
+// The toolkit's list takes a click on a divider for one on the item the pointer was over before.
+bool AutoResizePopUpButton::eventFilter(QObject *object, QEvent *event) {
+  if (object == view()->viewport() && event->type() == QEvent::MouseButtonRelease) {
+    const QPoint place = static_cast<QMouseEvent *>(event)->position().toPoint();
+    const QModelIndex item = view()->indexAt(place);
+    if (item.isValid() && !(item.flags() & Qt::ItemIsEnabled))
+      return true;
+  }
+  return Zoomed::eventFilter(object, event);
 }
 
 void AutoResizePopUpButton::wheelEvent(QWheelEvent *event) {

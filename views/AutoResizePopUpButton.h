@@ -44,6 +44,7 @@ class AutoResizePopUpButton : public Zoomed<QComboBox> {
 
  protected:
   bool event(QEvent *event) override;
+  bool eventFilter(QObject *object, QEvent *event) override;
   void wheelEvent(QWheelEvent *event) override;
   void initStyleOption(QStyleOptionComboBox *option) const override;
 

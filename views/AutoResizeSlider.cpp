@@ -21,7 +21,7 @@ void AutoResizeSlider::setIntValue(int value) {
 void AutoResizeSlider::setFloatValue(float value) {
   const auto smallest = static_cast<float>(minimum());
   const auto largest = static_cast<float>(maximum());
-  setIntValue(qRound(std::fmin(std::fmax(value, smallest), largest)));
+  setIntValue(static_cast<int>(std::fmin(std::fmax(value, smallest), largest)));
 }
 
 void AutoResizeSlider::wheelEvent(QWheelEvent *event) {

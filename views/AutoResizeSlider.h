@@ -15,7 +15,7 @@ class AutoResizeSlider : public Zoomed<QSlider> {
 
   int intValue() const { return value(); }
   float floatValue() const { return static_cast<float>(value()); }
-  // Clamped to the slider's range; never an action. A float is rounded; not a number is the
+  // Clamped to the slider's range; never an action. A float is cut; not a number is the
   // smallest value.
   void setIntValue(int value);
   void setFloatValue(float value);

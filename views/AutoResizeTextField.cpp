@@ -2,17 +2,24 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
+#include <limits>
 #include <locale>
 #include <sstream>
 
+#include <QAccessible>
+#include <QFocusEvent>
 #include <QRegularExpression>
+#include <QShortcut>
 #include <QStyleOptionFrame>
+
+#include "views/AccessibleControls.h"
 
 namespace orvane {
 namespace {
 
 // The part of the text that reads as a number, read as the type wants it, in every locale the same.
-// Too large a number becomes the largest.
+// Too large a number becomes infinite or, if there is no such, the largest.
 template <typename Number>
 Number leadingNumber(const QString &text, const char *pattern) {
   const QRegularExpression number{QLatin1String(pattern)};
@@ -20,23 +27,68 @@ Number leadingNumber(const QString &text, const char *pattern) {
   stream.imbue(std::locale::classic());
   Number value{};
   stream >> value;
+  if constexpr (std::numeric_limits<Number>::has_infinity) {
+    if (stream.fail() && value != Number{})
+      value = std::copysign(std::numeric_limits<Number>::infinity(), value);
+  }
   return value;
 }
 
 }  // namespace
 
 AutoResizeTextField::AutoResizeTextField(QWidget *parent) : Zoomed(parent) {
+  installAccessibleControls();
   setEditable(false);
-  connect(this, &QLineEdit::editingFinished, this, &AutoResizeTextField::action);
+  connect(this, &QLineEdit::textEdited, this, [this] { mIsEdited = true; });
+  connect(this, &QLineEdit::returnPressed, this, &AutoResizeTextField::endEditing);
+  for (QObject *part : children())
+    part->installEventFilter(this);
 }
 
 void AutoResizeTextField::setEditable(bool editable) {
   setReadOnly(!editable);
+  // The toolkit keeps accessible interfaces, and may have one of the other kind of field.
+  QAccessible::deleteAccessibleInterface(
+      QAccessible::uniqueId(QAccessible::queryAccessibleInterface(this)));
   setFrame(editable);
   setFocusPolicy(editable ? Qt::StrongFocus : Qt::NoFocus);
   setAcceptDrops(editable);
   setAttribute(Qt::WA_InputMethodEnabled, editable);
   update();
+}
+
+void AutoResizeTextField::setBuddy(const QString &name) {
+  mBuddy = name;
+  const QKeySequence mnemonic = QKeySequence::mnemonic(text());
+  if (!mnemonic.isEmpty())
+    connect(new QShortcut(mnemonic, this), &QShortcut::activated, this,
+            &AutoResizeTextField::focusBuddy);
+}
+
+QWidget *AutoResizeTextField::buddyControl() const {
+  return mBuddy.isEmpty() || parentWidget() == nullptr
+             ? nullptr
+             : parentWidget()->findChild<QWidget *>(mBuddy, Qt::FindDirectChildrenOnly);
+}
+
+void AutoResizeTextField::focusBuddy() const {
+  QWidget *control = buddyControl();
+  if (control != nullptr && control->isEnabled() && !control->visibleRegion().isEmpty())
+    control->setFocus(Qt::ShortcutFocusReason);
+}
+
+QString AutoResizeTextField::accessibleText() const {
+  if (!mAccessibleText.isEmpty())
+    return mAccessibleText;
+  return mBuddy.isEmpty() ? text() : text().remove(QLatin1Char('&'));
+}
+
+void AutoResizeTextField::setAccessibleText(const QString &text) {
+  if (text == mAccessibleText)
+    return;
+  QAccessibleTextUpdateEvent event(this, 0, accessibleText(), text);
+  mAccessibleText = text;
+  QAccessible::updateAccessibility(&event);
 }
 
 void AutoResizeTextField::setStringValue(const QString &value) {
@@ -59,9 +111,32 @@ void AutoResizeTextField::setFloatValue(float value) {
   setStringValue(QString::fromLatin1(digits.data(), result.ptr - digits.data()));
 }
 
+// Another window, a menu or a list takes the keyboard for a while only: the typing goes on
+// afterwards. The toolkit's own signal would not come again then.
+void AutoResizeTextField::focusOutEvent(QFocusEvent *event) {
+  Zoomed::focusOutEvent(event);
+  const bool isPause = event->reason() == Qt::ActiveWindowFocusReason ||
+                       event->reason() == Qt::MenuBarFocusReason ||
+                       event->reason() == Qt::PopupFocusReason;
+  if (mIsEdited && !isPause)
+    endEditing();
+}
+
+void AutoResizeTextField::endEditing() {
+  mIsEdited = false;
+  emit action();
+}
+
 void AutoResizeTextField::initStyleOption(QStyleOptionFrame *option) const {
   QLineEdit::initStyleOption(option);
   useBounds(*option);
+}
+
+// The toolkit's part that makes the text cursor blink updates it where it would be without a zoom.
+bool AutoResizeTextField::eventFilter(QObject *watched, QEvent *event) {
+  if (event->type() == QEvent::Timer)
+    update();
+  return Zoomed::eventFilter(watched, event);
 }
 
 bool AutoResizeTextField::event(QEvent *event) {
@@ -95,8 +170,10 @@ void AutoResizeTextField::paintEvent(QPaintEvent *event) {
   Qt::Alignment place = alignment();
   if (!(place & Qt::AlignVertical_Mask))
     place |= Qt::AlignVCenter;
-  painter.drawText(bounds(), static_cast<int>(place) | Qt::TextDontClip | Qt::TextSingleLine,
-                   text());
+  int flags = static_cast<int>(place) | Qt::TextDontClip | Qt::TextSingleLine;
+  if (!mBuddy.isEmpty())
+    flags |= Qt::TextShowMnemonic;
+  painter.drawText(bounds(), flags, text());
 }
 
 QVariant AutoResizeTextField::inputMethodQuery(Qt::InputMethodQuery query) const {

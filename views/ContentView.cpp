@@ -2,9 +2,14 @@
 
 #include <QChildEvent>
 
+#include "views/AccessibleControls.h"
 #include "views/AutoResize.h"
 
 namespace orvane {
+
+ContentView::ContentView(QWidget *parent) : QWidget(parent) {
+  installAccessibleControls();
+}
 
 // The toolkit tells a hidden view of its size only once it is shown, when the size has changed, and
 // does not say then what it was.

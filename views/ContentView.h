@@ -12,7 +12,7 @@ class ContentView : public QWidget {
   Q_OBJECT
 
  public:
-  explicit ContentView(QWidget *parent = nullptr) : QWidget(parent) {}
+  explicit ContentView(QWidget *parent = nullptr);
 
  protected:
   void childEvent(QChildEvent *event) override;

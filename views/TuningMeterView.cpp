@@ -6,9 +6,15 @@
 #include "views/TuningMeterGeometry.h"
 
 namespace orvane {
+namespace {
+
+constexpr double kScaleEnd = 50.0;  // cents
+
+}  // namespace
 
 TuningMeterView::TuningMeterView(QWidget *parent)
     : QWidget(parent),
+      AccessibleMeter(static_cast<QWidget &>(*this), -kScaleEnd, kScaleEnd),
       tuningmeterImage(Picture::imageNamed(QStringLiteral("tuningmeter"))),
       tuningscaleImage(Picture::imageNamed(QStringLiteral("tuningscale"))),
       tuningneedleImage(Picture::imageNamed(QStringLiteral("tuningneedle"))),
@@ -19,6 +25,7 @@ void TuningMeterView::setCent(float cent) {
   if (cent == mCent)
     return;
   mCent = cent;
+  setValue(static_cast<double>(cent));
   update();
 }
 

@@ -7,11 +7,12 @@
 #include <QSizeF>
 #include <QWidget>
 
+#include "views/AccessibleMeter.h"
 #include "views/Picture.h"
 
 namespace orvane {
 
-class TuningMeterView : public QWidget {
+class TuningMeterView : public QWidget, public AccessibleMeter {
   Q_OBJECT
 
  public:

@@ -130,6 +130,22 @@ void Window::changeEvent(QEvent *event) {
     emit deminiaturized();
 }
 
+bool Window::focusNextPrevChild(bool next) {
+  QWidget *start = focusWidget() != nullptr ? focusWidget() : this;
+  const auto neighbour = [next](const QWidget &widget) {
+    return next ? widget.nextInFocusChain() : widget.previousInFocusChain();
+  };
+  for (QWidget *widget = neighbour(*start); widget != start; widget = neighbour(*widget)) {
+    const bool takesTab = (widget->focusPolicy() & Qt::TabFocus) == Qt::TabFocus;
+    if (takesTab && widget->window() == this && widget->isEnabled() &&
+        widget->focusProxy() == nullptr && !widget->visibleRegion().isEmpty()) {
+      widget->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+      return true;
+    }
+  }
+  return false;
+}
+
 void Window::resizeEvent(QResizeEvent *event) {
   QMainWindow::resizeEvent(event);
   // Spontaneous: not from setFrame.

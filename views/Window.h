@@ -46,7 +46,7 @@ class Window : public QMainWindow {
   // Of the frame around the smallest content.
   QSizeF minSize() const;
 
-  // The proportions of the content, for windowWillResize to keep; empty when there are none.
+  // The proportions of the content in the layout it is in; empty when there are none.
   QSizeF contentAspectRatio() const { return mContentAspectRatio; }
   void setContentAspectRatio(const QSizeF &ratio) { mContentAspectRatio = ratio; }
 
@@ -74,6 +74,8 @@ class Window : public QMainWindow {
   void closeEvent(QCloseEvent *event) override;
   void hideEvent(QHideEvent *event) override;
   void changeEvent(QEvent *event) override;
+  // Passes over what the window is too small to show.
+  bool focusNextPrevChild(bool next) override;
   void resizeEvent(QResizeEvent *event) override;
 
  private:

@@ -5,8 +5,10 @@
 #include <QMessageBox>
 #include <QTimer>
 
+#include "app/HelpPanel.h"
 #include "tests/app/ControllerWatch.h"
 #include "tests/app/ResourceFolder.h"
+#include "tests/app/UserInput.h"
 
 namespace orvane::test {
 namespace {
@@ -126,6 +128,88 @@ TEST_F(ControllerWindowTest, ClosingAMinimisedWindowAsTheLastOneQuits) {
   takeCalls();
   tuner.mWindow->close();
   EXPECT_EQ(takeCalls(), Lines{"terminate"});
+}
+
+TEST_F(ControllerWindowTest, ADeviceChosenWhileHiddenRunsOnlyOnceShownAgain) {
+  rig.hardware.devices.push_back(microphone(8, "Line"));
+  Controller &hidden = rig.launch();
+  hidden.hide();
+  takeCalls();
+  hidden.mInputDevicePopUpButton->selectItemAtIndex(1);
+  hidden.inputDevicePopupChanged();
+  const auto starts = [](const Lines &calls) {
+    return std::count_if(calls.begin(), calls.end(),
+                         [](const std::string &call) { return call.starts_with("Start "); });
+  };
+  const auto stops = [](const Lines &calls) {
+    return std::count_if(calls.begin(), calls.end(),
+                         [](const std::string &call) { return call.starts_with("Stop "); });
+  };
+  const Lines changed = takeCalls();
+  EXPECT_EQ(starts(changed), 2);
+  EXPECT_EQ(stops(changed), 2);
+  hidden.showOrvaneWindow();
+  EXPECT_EQ(takeCalls(), startCalls("8"));
+}
+
+TEST_F(ControllerWindowTest, TheHelpPanelIsAWindowLikeTheOthers) {
+  const ResourceFolder folder;
+  folder.write("Help.ui", kHelpDescription);
+  tuner.showHelp();
+  tuner.mWindow->close();
+  tuner.mTuningMeterWindow->close();
+  EXPECT_TRUE(takeCalls().empty());
+  Window *panel = HelpPanel::showHelpPanel(rig.system);
+  ASSERT_NE(panel, nullptr);
+  tuner.hide();
+  EXPECT_TRUE(panel->isMinimized());
+  EXPECT_EQ(takeCalls(), stopCalls("7"));
+  panel->showNormal();
+  EXPECT_EQ(takeCalls(), startCalls("7"));
+  panel->close();
+  EXPECT_EQ(takeCalls(), Lines{"terminate"});
+}
+
+TEST_F(ControllerWindowTest, TicksFollowTheFlagsWithoutAnyMenuBeingOpened) {
+  for (const Window *window : {static_cast<Window *>(tuner.mWindow), tuner.mTuningMeterWindow}) {
+    const auto *tune = window->findChild<QAction *>(QStringLiteral("iaSpeakTune"));
+    EXPECT_FALSE(tune->isChecked());
+    tuner.iaSpeakTune();
+    EXPECT_TRUE(tune->isChecked());
+    tuner.iaSpeakTune();
+    EXPECT_FALSE(tune->isChecked());
+  }
+}
+
+TEST_F(ControllerWindowTest, StartsWithTheTicksOfTheStoredFlags) {
+  tuner.iaSpeakHertz();
+  const Controller &restarted = rig.launch();
+  EXPECT_TRUE(restarted.mWindow->findChild<QAction *>(QStringLiteral("iaSpeakHertz"))->isChecked());
+  EXPECT_FALSE(restarted.mWindow->findChild<QAction *>(QStringLiteral("iaSpeakTune"))->isChecked());
+}
+
+TEST_F(ControllerWindowTest, NamesAPictureThatIsMissing) {
+  const ResourceFolder folder;
+  folder.remove("green28x28.svg");
+  rig.launch();
+  EXPECT_EQ(std::count(rig.hardware.calls.begin(), rig.hardware.calls.end(),
+                       "log picture: cannot load green28x28"),
+            1);
+}
+
+TEST_F(ControllerWindowTest, TypingIsNotEndedByAnotherWindowOrAMenu) {
+  tuner.mReferencePitchText->setFocus();
+  for (const Qt::FocusReason reason :
+       {Qt::ActiveWindowFocusReason, Qt::MenuBarFocusReason, Qt::PopupFocusReason}) {
+    type(*tuner.mReferencePitchText, QStringLiteral("4"));
+    QFocusEvent leaves(QEvent::FocusOut, reason);
+    QApplication::sendEvent(tuner.mReferencePitchText, &leaves);
+    EXPECT_EQ(tuner.mReferencePitchText->stringValue(), QStringLiteral("4"));
+    EXPECT_TRUE(takeCalls().empty());
+  }
+  QFocusEvent leaves(QEvent::FocusOut, Qt::TabFocusReason);
+  QApplication::sendEvent(tuner.mReferencePitchText, &leaves);
+  EXPECT_EQ(takeCalls(), Lines{"beep"});
 }
 
 TEST_F(ControllerWindowTest, BringsAClosedWindowBackWithTheKeyboard) {

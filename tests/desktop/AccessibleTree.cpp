@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 namespace orvane::test {
@@ -129,17 +130,34 @@ QRect Accessible::extents() const {
 
 std::vector<Accessible> Accessible::children() const {
   const Reply reply = call(kAccessible, "GetChildren", nullptr);
-  std::vector<Accessible> children;
   if (!reply)
-    return children;
-  const auto list = held(g_variant_get_child_value(reply.get(), 0));
-  for (gsize k = 0; k < g_variant_n_children(list.get()); ++k) {
-    const auto child = held(g_variant_get_child_value(list.get(), k));
-    std::string path = textAt(child.get(), 1);
-    if (path != kNull)
-      children.emplace_back(mConnection, textAt(child.get(), 0), std::move(path));
+    return {};
+  return objects(held(g_variant_get_child_value(reply.get(), 0)).get());
+}
+
+std::vector<Accessible> Accessible::related(AccessibleRelation relation) const {
+  const Reply reply = call(kAccessible, "GetRelationSet", nullptr);
+  if (!reply)
+    return {};
+  const auto relations = held(g_variant_get_child_value(reply.get(), 0));
+  for (gsize k = 0; k < g_variant_n_children(relations.get()); ++k) {
+    const auto pair = held(g_variant_get_child_value(relations.get(), k));
+    const auto kind = held(g_variant_get_child_value(pair.get(), 0));
+    if (g_variant_get_uint32(kind.get()) == static_cast<guint32>(relation))
+      return objects(held(g_variant_get_child_value(pair.get(), 1)).get());
   }
-  return children;
+  return {};
+}
+
+std::vector<Accessible> Accessible::objects(GVariant *list) const {
+  std::vector<Accessible> objects;
+  for (gsize k = 0; k < g_variant_n_children(list); ++k) {
+    const auto object = held(g_variant_get_child_value(list, k));
+    std::string path = textAt(object.get(), 1);
+    if (path != kNull)
+      objects.emplace_back(mConnection, textAt(object.get(), 0), std::move(path));
+  }
+  return objects;
 }
 
 std::vector<std::string> Accessible::actions() const {
@@ -213,6 +231,32 @@ AccessibleTree::AccessibleTree(const Desktop &desktop) {
 
 std::vector<Accessible> AccessibleTree::applications() const {
   return Accessible(mConnection, "org.a11y.atspi.Registry", kRoot).children();
+}
+
+std::vector<std::string> AccessibleTree::eventsWithin(std::chrono::milliseconds time) const {
+  // Programs tell nothing that nobody has asked for.
+  held(g_dbus_connection_call_sync(mConnection.get(), "org.a11y.atspi.Registry",
+                                   "/org/a11y/atspi/registry", "org.a11y.atspi.Registry",
+                                   "RegisterEvent", g_variant_new("(s)", "object:"), nullptr,
+                                   G_DBUS_CALL_FLAGS_NONE, kLongestCall, nullptr, nullptr));
+  std::vector<std::string> events;
+  const auto keep = [](GDBusConnection *, const gchar *, const gchar *, const gchar *,
+                       const gchar *member, GVariant *arguments, gpointer list) {
+    std::string event = member;
+    if (const std::string detail = textAt(arguments, 0); !detail.empty())
+      event += " " + detail;
+    static_cast<std::vector<std::string> *>(list)->push_back(event);
+  };
+  const guint subscription = g_dbus_connection_signal_subscribe(
+      mConnection.get(), nullptr, "org.a11y.atspi.Event.Object", nullptr, nullptr, nullptr,
+      G_DBUS_SIGNAL_FLAGS_NONE, keep, &events, nullptr);
+  const auto end = std::chrono::steady_clock::now() + time;
+  while (std::chrono::steady_clock::now() < end) {
+    if (!g_main_context_iteration(nullptr, FALSE))
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  g_dbus_connection_signal_unsubscribe(mConnection.get(), subscription);
+  return events;
 }
 
 Accessible AccessibleTree::application(const std::string &name) const {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QRect>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -29,6 +30,9 @@ enum class AccessibleState {
   kVisible = 30,
 };
 
+// Likewise of its list of relations.
+enum class AccessibleRelation { kLabelFor = 1, kLabelledBy = 2 };
+
 class Accessible {
  public:
   // Nothing.
@@ -49,6 +53,7 @@ class Accessible {
   // Pixels from the top left of the screen.
   QRect extents() const;
   std::vector<Accessible> children() const;
+  std::vector<Accessible> related(AccessibleRelation relation) const;
   std::vector<std::string> actions() const;
 
   // False when the object refuses.
@@ -68,6 +73,8 @@ class Accessible {
   Reply call(const char *interface, const char *operation, GVariant *arguments) const;
   Reply property(const char *interface, const char *name) const;
   std::string textProperty(const char *name) const;
+  // Those of a list of objects that are any.
+  std::vector<Accessible> objects(GVariant *list) const;
 
   std::shared_ptr<GDBusConnection> mConnection;
   std::string mOwner;
@@ -82,6 +89,10 @@ class AccessibleTree {
   std::vector<Accessible> applications() const;
   // Nothing when none of that name is there (yet).
   Accessible application(const std::string &name) const;
+
+  // What programs tell of changes in their objects from the first call on and for so long, such as
+  // "ValueChanged" and "PropertyChange accessible-name".
+  std::vector<std::string> eventsWithin(std::chrono::milliseconds time) const;
 
  private:
   std::shared_ptr<GDBusConnection> mConnection;

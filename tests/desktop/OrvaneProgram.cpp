@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <stdexcept>
 
 #include "tests/servers/HardwareProbe.h"
@@ -66,7 +67,7 @@ OrvaneProgram::OrvaneProgram(const Desktop &desktop, const AccessibleTree &tree,
 bool OrvaneProgram::opens() const {
   return eventually([this] {
     const WindowId window = mWindows.find(kMainWindow);
-    return window != 0 && window == mWindows.active() && !text("mOctaveText").empty() &&
+    return window != 0 && window == mWindows.active() && !text("mNoteText").empty() &&
            !title("mInputDevicePopUpButton").empty();
   });
 }
@@ -100,7 +101,7 @@ Accessible OrvaneProgram::object(const std::string &control) const {
 }
 
 std::string OrvaneProgram::title(const std::string &popUp) const {
-  return object(popUp).name();
+  return object(popUp).text();
 }
 
 std::vector<std::string> OrvaneProgram::titles(const std::string &popUp) const {
@@ -114,10 +115,11 @@ std::vector<std::string> OrvaneProgram::titles(const std::string &popUp) const {
 }
 
 std::string OrvaneProgram::note() const {
-  const Accessible accidental = object("mAccidentalText");
-  const std::string sign =
-      accidental.is(AccessibleState::kShowing) ? accidental.text() : std::string();
-  return text("mNoteText") + sign + text("mOctaveText");
+  std::istringstream words(text("mNoteText"));
+  std::string note;
+  for (std::string word; words >> word;)
+    note += word == "sharp" ? "♯" : word == "flat" ? "♭" : word;
+  return note;
 }
 
 bool OrvaneProgram::choose(const std::string &popUp, const std::string &title) const {

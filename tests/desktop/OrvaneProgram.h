@@ -5,6 +5,7 @@
 #include <QRect>
 #include <chrono>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,8 +35,12 @@ class OrvaneProgram {
   // The screen's pixels that a control takes; empty without a main window.
   QRect place(const std::string &control) const;
   Accessible object(const std::string &control) const;
-  // What a text field shows.
+  // What assistive programs find in the main window's content, in its order.
+  std::vector<Accessible> controls() const { return contentView().children(); }
+  // What assistive programs read of a text: for all but the note, what it shows.
   std::string text(const std::string &control) const { return object(control).text(); }
+  // The number that a meter, a slider or a stepper shows.
+  std::optional<double> value(const std::string &control) const { return object(control).value(); }
   // The title that a pop-up button shows, and those of all its items.
   std::string title(const std::string &popUp) const;
   std::vector<std::string> titles(const std::string &popUp) const;

@@ -44,7 +44,7 @@ TEST_P(OrvaneSpeechTest, SaysStatusAndReportAtAKeyInEitherWindow) {
   ASSERT_TRUE(
       program.choose("mTransposePopUpButton", program.titles("mTransposePopUpButton")[11 + 11]));
   mic.play(466.16);
-  expectText(program, "mNoteText", "B");
+  expectText(program, "mNoteText", "B 3");
   const WindowId meter = windows.find(kMeterWindow);
   windows.activate(meter);
   ASSERT_TRUE(eventually([&] { return windows.active() == meter; }));

@@ -75,7 +75,7 @@ TEST_F(OrvaneWindowTest, TheDisclosureTriangleShowsAndHidesTheDetailsAtEveryZoom
   // What is not dragged by the user's hand is left as it is.
   windows.moveResize(window, {0, 0}, {2 * kFull.width(), 2 * kFull.height() + menuHeight});
   expectContent(2 * kFull);
-  EXPECT_TRUE(eventually([&] { return program.text("mNoteText").size() == 1; }, kPatience));
+  EXPECT_TRUE(eventually([&] { return !program.text("mNoteText").empty(); }, kPatience));
   EXPECT_TRUE(screen.save("layout-full-double"));
   program.click("mDisclosureButton");
   expectContent(2 * kCollapsed);

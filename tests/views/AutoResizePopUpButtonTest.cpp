@@ -1,194 +1,225 @@
 #include "views/AutoResizePopUpButton.h"
 
-#include <cmath>
+#include <vector>
 
 #include <QAbstractItemView>
-
-#include <gtest/gtest.h>
+#include <QStandardItemModel>
 
 #include "tests/views/ZoomRig.h"
 
 namespace orvane::test {
 namespace {
 
-class PopUp : public ZoomRig<AutoResizePopUpButton> {
- public:
-  PopUp() : ZoomRig(QSize(120, 26)) {
-    control->setFontPixelSize(13);
-    for (const char *title : {"C", "D", "E", "F"})
-      control->addItemWithTitle(QString::fromLatin1(title));
-  }
-  ~PopUp() override { control->hidePopup(); }
+const QPointF kMiddle(80.0, 53.0);
 
-  QRect itemOnScreen(int index) const {
-    const QAbstractItemView *list = control->view();
-    const QRect item = list->visualRect(control->model()->index(index, 0));
-    return {list->viewport()->mapToGlobal(item.topLeft()), item.size()};
+class AutoResizePopUpButtonTest : public testing::Test {
+ protected:
+  AutoResizePopUpButtonTest() {
+    mPopUp->setFontPixelSize(13);
+    mPopUp->setHasDividers(true);
+    // As a description does it.
+    for (const char *title : {"Equal", "Pure", "-", "Meantone", "Open…"})
+      mPopUp->addItem(QString::fromUtf8(title));
+    mPopUp->selectItemAtIndex(1);
+    QObject::connect(&*mPopUp, &AutoResizePopUpButton::action,
+                     [this] { mChosen.push_back(mPopUp->indexOfSelectedItem()); });
   }
-  QRect buttonOnScreen() const { return {control->mapToGlobal(QPoint()), control->size()}; }
-  void clickItem(int index) {
-    QWidget *viewport = control->view()->viewport();
-    const QPointF place = viewport->mapFromGlobal(itemOnScreen(index).center());
-    for (const auto type :
-         {QEvent::MouseMove, QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
-      QMouseEvent event(type, place, viewport->mapToGlobal(place),
-                        type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
-                        type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton,
-                        Qt::NoModifier);
-      QApplication::sendEvent(viewport, &event);
-    }
-    QApplication::processEvents();
+
+  QWidget &list() { return *mPopUp->view()->window(); }
+  QRect row(int index) {
+    QAbstractItemView &view = *mPopUp->view();
+    const QRect rect = view.visualRect(view.model()->index(index, 0));
+    return {view.viewport()->mapToGlobal(rect.topLeft()), rect.size()};
   }
-  void keyInList(int code) {
-    QKeyEvent press(QEvent::KeyPress, code, Qt::NoModifier);
-    QApplication::sendEvent(control->view(), &press);
-    QApplication::processEvents();
+  void open() {
+    mPopUp.click(kMiddle);
+    ASSERT_TRUE(list().isVisible());
   }
+  void choose(int index) {
+    open();
+    // The list takes a release close to where it was opened for that of the opening click.
+    mPopUp.hoverOnScreen(row(0).topLeft() + QPoint(2, 2));
+    mPopUp.clickOnScreen(row(index).center());
+  }
+
+  ZoomRig<AutoResizePopUpButton> mPopUp{QRect(20, 40, 120, 26)};
+  std::vector<int> mChosen;
 };
 
-TEST(AutoResizePopUpButton, IsAListOfTitlesWithOneSelected) {
-  AutoResizePopUpButton button;
-  EXPECT_EQ(button.indexOfSelectedItem(), -1);
-  button.addItemWithTitle(QStringLiteral("C"));
-  button.addItemWithTitle(QStringLiteral("E"));
-  button.insertItemWithTitle(QStringLiteral("D"), 1);
-  EXPECT_EQ(button.numberOfItems(), 3);
-  EXPECT_EQ(button.itemTitleAtIndex(1), QStringLiteral("D"));
-  EXPECT_EQ(button.indexOfItemWithTitle(QStringLiteral("E")), 2);
-  EXPECT_EQ(button.indexOfItemWithTitle(QStringLiteral("e")), -1);
-  button.selectItemAtIndex(2);
-  EXPECT_EQ(button.titleOfSelectedItem(), QStringLiteral("E"));
-  EXPECT_EQ(button.indexOfSelectedItem(), 2);
-  button.setToolTipAtIndex(QStringLiteral("the third"), 2);
-  EXPECT_EQ(button.toolTipAtIndex(2), QStringLiteral("the third"));
-  button.removeAllItems();
-  EXPECT_EQ(button.numberOfItems(), 0);
-  EXPECT_EQ(button.titleOfSelectedItem(), QString());
-}
+using Chosen = std::vector<int>;
 
-TEST(AutoResizePopUpButton, DoesNotActWhenTheProgramRebuildsIt) {
-  PopUp popUp;
-  popUp.control->selectItemAtIndex(2);
-  popUp.control->removeAllItems();
-  popUp.control->addItemWithTitle(QStringLiteral("A"));
-  popUp.control->addItemWithTitle(QStringLiteral("B"));
-  popUp.control->selectItemAtIndex(1);
-  EXPECT_EQ(popUp.control->titleOfSelectedItem(), QStringLiteral("B"));
-  EXPECT_EQ(popUp.actions, 0);
-}
-
-TEST(AutoResizePopUpButton, MakesDividersOfTheDescribedDashesOnly) {
-  AutoResizePopUpButton button;
-  button.setProperty("dividers", true);
-  button.addItem(QStringLiteral("Equal temperament"));
-  button.addItem(QStringLiteral("-"));
-  button.addItemWithTitle(QStringLiteral("-"));
-  const auto isChoosable = [&button](int index) {
-    return (button.model()->flags(button.model()->index(index, 0)) & Qt::ItemIsSelectable) != 0;
-  };
-  EXPECT_TRUE(isChoosable(0));
-  EXPECT_FALSE(isChoosable(1));
-  EXPECT_EQ(button.itemTitleAtIndex(1), QString());
-  EXPECT_TRUE(isChoosable(2));
-  EXPECT_EQ(button.itemTitleAtIndex(2), QStringLiteral("-"));
-  button.selectItemAtIndex(1);
-  EXPECT_EQ(button.indexOfSelectedItem(), 1);
-}
-
-TEST(AutoResizePopUpButton, StepsOverDividersWithTheKeys) {
-  PopUp popUp;
-  popUp.control->removeAllItems();
-  popUp.control->setHasDividers(true);
-  for (const char *title : {"A", "-", "B"})
-    popUp.control->addItem(QString::fromLatin1(title));
-  popUp.control->setFocus();
-  popUp.key(Qt::Key_Down);
-  EXPECT_EQ(popUp.control->indexOfSelectedItem(), 2);
-  EXPECT_EQ(popUp.actions, 1);
-}
-
-TEST(AutoResizePopUpButton, ActsWhenTheUserChoosesAnItemAlsoTheSelectedOne) {
-  PopUp popUp;
-  popUp.control->showPopup();
-  popUp.clickItem(2);
-  EXPECT_EQ(popUp.control->indexOfSelectedItem(), 2);
-  EXPECT_EQ(popUp.actions, 1);
-  popUp.control->showPopup();
-  popUp.clickItem(2);
-  EXPECT_EQ(popUp.actions, 2);
-  popUp.control->showPopup();
-  popUp.keyInList(Qt::Key_Down);
-  popUp.keyInList(Qt::Key_Return);
-  EXPECT_EQ(popUp.control->indexOfSelectedItem(), 3);
-  EXPECT_EQ(popUp.actions, 3);
-  popUp.control->showPopup();
-  popUp.keyInList(Qt::Key_Escape);
-  EXPECT_EQ(popUp.actions, 3);
-}
-
-TEST(AutoResizePopUpButton, IgnoresTheWheel) {
-  PopUp popUp;
-  popUp.control->setFocus();
-  popUp.wheel(-120);
-  EXPECT_EQ(popUp.control->indexOfSelectedItem(), 0);
-  EXPECT_EQ(popUp.actions, 0);
-}
-
-TEST(AutoResizePopUpButton, OpensItsListOverTheButtonAsItIsSeen) {
+TEST_F(AutoResizePopUpButtonTest, IsChosenFromWithTheMouseAtEveryZoom) {
   for (const double zoom : kZooms) {
-    PopUp popUp;
-    popUp.zoom(zoom);
-    popUp.control->selectItemAtIndex(1);
-    // The edge furthest from where the button would be unzoomed.
-    popUp.mouse(QEvent::MouseButtonPress, 119.0, 25.0);
-    ASSERT_TRUE(popUp.control->view()->isVisible()) << zoom;
-    const QRect list = popUp.control->view()->window()->geometry();
-    const QRect button = popUp.buttonOnScreen();
-    EXPECT_NEAR(list.left(), button.left(), 2) << zoom;
-    EXPECT_GE(list.width(), button.width()) << zoom;
-    // The selected item lies on the button.
-    EXPECT_TRUE(button.contains(popUp.itemOnScreen(1).center())) << zoom;
+    SCOPED_TRACE(zoom);
+    mPopUp.zoomTo(zoom);
+    mPopUp->selectItemAtIndex(1);
+    mChosen.clear();
+    choose(3);
+    EXPECT_FALSE(list().isVisible());
+    choose(0);
+    // The same one again.
+    choose(0);
+    EXPECT_EQ(mChosen, (Chosen{3, 0, 0}));
   }
 }
 
-TEST(AutoResizePopUpButton, ShowsItsListInATextAtLeastAsLargeAsTheButtons) {
+TEST_F(AutoResizePopUpButtonTest, IsChosenFromWithTheKeysAtEveryZoom) {
   for (const double zoom : kZooms) {
-    PopUp popUp;
-    popUp.control->addItemWithTitle(QStringLiteral("A title much wider than its button is"));
-    popUp.zoom(zoom);
-    popUp.control->showPopup();
-    const int pixels = static_cast<int>(std::lround(13.0 * std::max(1.0, zoom)));
-    // A line of text needs its font's pixels at least.
-    EXPECT_GE(popUp.itemOnScreen(4).height(), pixels) << zoom;
-    QFont font = popUp.control->font();
-    font.setPixelSize(pixels);
-    EXPECT_GE(popUp.control->view()->viewport()->width(),
-              QFontMetrics(font).horizontalAdvance(popUp.control->itemTitleAtIndex(4)))
-        << zoom;
-    EXPECT_EQ(popUp.control->font().pixelSize(), 13);
-    popUp.control->hidePopup();
+    SCOPED_TRACE(zoom);
+    mPopUp.zoomTo(zoom);
+    mPopUp->setFocus();
+    mPopUp->selectItemAtIndex(1);
+    mChosen.clear();
+    mPopUp.key(Qt::Key_Space);
+    ASSERT_TRUE(list().isVisible());
+    mPopUp.key(Qt::Key_Down);
+    mPopUp.key(Qt::Key_Return);
+    EXPECT_FALSE(list().isVisible());
+    // Over the divider. Then without the list.
+    EXPECT_EQ(mChosen, Chosen{3});
+    mPopUp.key(Qt::Key_Up);
+    EXPECT_EQ(mChosen, (Chosen{3, 1}));
   }
 }
 
-TEST(AutoResizePopUpButton, KeepsItsListThroughTheReleaseOfTheClickThatOpenedIt) {
-  PopUp popUp;
-  popUp.zoom(3.0);
-  popUp.control->selectItemAtIndex(1);
-  popUp.mouse(QEvent::MouseButtonPress, 60.0, 13.0);
-  QWidget *viewport = popUp.control->view()->viewport();
-  // A hand that trembles by a pixel, over an item.
-  const QPoint press = popUp.control->mapToGlobal(QPoint(180, 40));
-  ASSERT_TRUE(popUp.itemOnScreen(1).contains(press));
-  const QPointF place = viewport->mapFromGlobal(press);
-  for (const auto type : {QEvent::MouseMove, QEvent::MouseButtonRelease}) {
-    QMouseEvent event(type, place, viewport->mapToGlobal(place),
-                      type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton,
-                      type == QEvent::MouseMove ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
-    QApplication::sendEvent(viewport, &event);
+TEST_F(AutoResizePopUpButtonTest, OpensItsListOverTheButtonAsItIsDrawn) {
+  for (const double zoom : kZooms) {
+    SCOPED_TRACE(zoom);
+    mPopUp.zoomTo(zoom);
+    mPopUp->selectItemAtIndex(3);
+    open();
+    const QRect button(mPopUp->mapToGlobal(QPoint()), mPopUp->size());
+    EXPECT_EQ(button.width(), qRound(120.0 * zoom));
+    // A window of its own, which the button's does not clip.
+    EXPECT_TRUE(list().isWindow());
+    EXPECT_NEAR(list().geometry().left(), button.left(), 8);
+    EXPECT_GE(list().width(), button.width() - 8);
+    EXPECT_TRUE(list().geometry().intersects(button));
+    EXPECT_TRUE(list().screen()->geometry().contains(list().geometry()));
+    // The text does not get smaller than it is in the window, and grows with it.
+    const QFont font = mPopUp->itemData(0, Qt::FontRole).value<QFont>();
+    EXPECT_EQ(font.pixelSize(), zoom <= 1.0 ? 13 : zoom == 1.5 ? 20 : zoom == 2.0 ? 26 : 39);
+    for (int index = 0; index < 5; ++index)
+      EXPECT_GE(row(index).height(), index == 2 ? 1 : font.pixelSize());
+    mPopUp.key(Qt::Key_Escape);
+    EXPECT_FALSE(list().isVisible());
+    EXPECT_EQ(mChosen, Chosen{});
   }
-  QApplication::processEvents();
-  EXPECT_TRUE(popUp.control->view()->isVisible());
-  EXPECT_EQ(popUp.actions, 0);
+}
+
+TEST_F(AutoResizePopUpButtonTest, OpensUpToItsEdgesAndNotBeyond) {
+  for (const double zoom : kZooms) {
+    SCOPED_TRACE(zoom);
+    mPopUp.zoomTo(zoom);
+    for (const QPointF &place :
+         {QPointF(22.0, 42.0), QPointF(138.0, 42.0), QPointF(22.0, 64.0), QPointF(138.0, 64.0)}) {
+      mPopUp.press(place);
+      EXPECT_TRUE(list().isVisible());
+      mPopUp->hidePopup();
+      mPopUp.release(place);
+    }
+    for (const QPointF &place :
+         {QPointF(18.0, 53.0), QPointF(142.0, 53.0), QPointF(80.0, 38.0), QPointF(80.0, 68.0)}) {
+      mPopUp.click(place);
+      EXPECT_FALSE(list().isVisible());
+    }
+  }
+}
+
+TEST_F(AutoResizePopUpButtonTest, DoesNotLetTheUserChooseADivider) {
+  EXPECT_EQ(mPopUp->itemTitleAtIndex(2), QString());
+  open();
+  mPopUp.hoverOnScreen(row(0).topLeft() + QPoint(2, 2));
+  mPopUp.clickOnScreen(row(2).center());
+  mPopUp->hidePopup();
+  EXPECT_EQ(mPopUp->indexOfSelectedItem(), 1);
+  EXPECT_EQ(mChosen, Chosen{});
+  mPopUp->setFocus();
+  mPopUp.key(Qt::Key_Down);
+  EXPECT_EQ(mChosen, Chosen{3});
+  // The program may; and what it adds is a title like others.
+  mPopUp->selectItemAtIndex(2);
+  EXPECT_EQ(mPopUp->indexOfSelectedItem(), 2);
+  mPopUp->addItemWithTitle(QStringLiteral("-"));
+  EXPECT_EQ(mPopUp->itemTitleAtIndex(5), QStringLiteral("-"));
+  mPopUp->selectItemAtIndex(3);
+  choose(5);
+  EXPECT_EQ(mChosen, (Chosen{3, 5}));
+}
+
+TEST_F(AutoResizePopUpButtonTest, KeepsItsListThroughTheReleaseOfAHandThatTrembles) {
+  for (const double zoom : kZooms) {
+    SCOPED_TRACE(zoom);
+    mPopUp.zoomTo(zoom);
+    mPopUp.press(kMiddle);
+    mPopUp.drag(kMiddle + QPointF(2.0 / zoom, 0.0));
+    mPopUp.release(kMiddle + QPointF(2.0 / zoom, 0.0));
+    EXPECT_TRUE(list().isVisible());
+    EXPECT_EQ(mChosen, Chosen{});
+    mPopUp->hidePopup();
+  }
+}
+
+TEST_F(AutoResizePopUpButtonTest, MakesItsListWideEnoughForItsTitles) {
+  const QString title = QStringLiteral("A title much wider than its button is");
+  mPopUp->addItemWithTitle(title);
+  for (const double zoom : kZooms) {
+    SCOPED_TRACE(zoom);
+    mPopUp.zoomTo(zoom);
+    open();
+    const QFont font = mPopUp->itemData(5, Qt::FontRole).value<QFont>();
+    EXPECT_GE(mPopUp->view()->viewport()->width(), QFontMetrics(font).horizontalAdvance(title));
+    mPopUp->hidePopup();
+  }
+}
+
+TEST_F(AutoResizePopUpButtonTest, IgnoresTheWheel) {
+  mPopUp->setFocus();
+  mPopUp.wheel(kMiddle);
+  EXPECT_EQ(mPopUp->indexOfSelectedItem(), 1);
+  EXPECT_EQ(mChosen, Chosen{});
+}
+
+TEST_F(AutoResizePopUpButtonTest, IsRefilledWithoutAnActionAndShowsTheNewTitle) {
+  const QImage before = mPopUp->grab().toImage();
+  Repaints repaints(*mPopUp);
+  mPopUp->removeAllItems();
+  EXPECT_EQ(mPopUp->numberOfItems(), 0);
+  EXPECT_EQ(mPopUp->indexOfSelectedItem(), -1);
+  EXPECT_EQ(mPopUp->titleOfSelectedItem(), QString());
+  mPopUp->addItemWithTitle(QStringLiteral("Microphone"));
+  mPopUp->addItemWithTitle(QStringLiteral("Line"));
+  mPopUp->insertItemWithTitle(QStringLiteral("Monitor"), 1);
+  mPopUp->selectItemAtIndex(2);
+  EXPECT_EQ(mPopUp->titleOfSelectedItem(), QStringLiteral("Line"));
+  EXPECT_EQ(mPopUp->itemTitleAtIndex(1), QStringLiteral("Monitor"));
+  EXPECT_EQ(mPopUp->numberOfItems(), 3);
+  EXPECT_GT(repaints.count(), 0);
+  EXPECT_EQ(mChosen, Chosen{});
+
+  const QImage after = mPopUp->grab().toImage();
+  EXPECT_NE(after, before);
+  ZoomRig<AutoResizePopUpButton> fresh{QRect(20, 40, 120, 26)};
+  fresh->setFontPixelSize(13);
+  fresh->addItemWithTitle(QStringLiteral("Line"));
+  mPopUp->clearFocus();
+  fresh->clearFocus();
+  EXPECT_EQ(mPopUp->grab().toImage(), fresh->grab().toImage());
+}
+
+TEST_F(AutoResizePopUpButtonTest, FindsTheFirstItemWithExactlyATitle) {
+  mPopUp->addItemWithTitle(QStringLiteral("Pure"));
+  EXPECT_EQ(mPopUp->indexOfItemWithTitle(QStringLiteral("Pure")), 1);
+  EXPECT_EQ(mPopUp->indexOfItemWithTitle(QStringLiteral("pure")), -1);
+  EXPECT_EQ(mPopUp->indexOfItemWithTitle(QStringLiteral("Pur")), -1);
+}
+
+TEST_F(AutoResizePopUpButtonTest, HasAToolTipForEachItem) {
+  mPopUp->setToolTipAtIndex(QStringLiteral("All fifths alike"), 0);
+  EXPECT_EQ(mPopUp->toolTipAtIndex(0), QStringLiteral("All fifths alike"));
+  EXPECT_EQ(mPopUp->toolTipAtIndex(1), QString());
+  mPopUp->selectItemAtIndex(-1);
+  EXPECT_EQ(mPopUp->indexOfSelectedItem(), -1);
 }
 
 }  // namespace

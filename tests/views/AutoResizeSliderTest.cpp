@@ -2,83 +2,158 @@
 
 #include <limits>
 
-#include <QAccessible>
-#include <QHoverEvent>
-
-#include <gtest/gtest.h>
-
 #include "tests/views/ZoomRig.h"
 
 namespace orvane::test {
 namespace {
 
-class Slider : public ZoomRig<AutoResizeSlider> {
- public:
-  Slider() : ZoomRig(QSize(96, 26)) { control->setRange(0, 100); }
+// The style's knob is 15 units wide, so that on a slider of 115 it moves by one unit from value to
+// value: at value v it reaches from 20 + v to 35 + v across the window. The values here put its
+// middle on a whole unit of the screen at every zoom.
+class AutoResizeSliderTest : public testing::Test {
+ protected:
+  AutoResizeSliderTest() {
+    mSlider->setRange(0, 100);
+    QObject::connect(&*mSlider, &AutoResizeSlider::action, [this] {
+      ++mActions;
+      mInAction = mSlider->intValue();
+    });
+  }
+  static QPointF knob(int value) { return {27.0 + value, 53.0}; }
+
+  ZoomRig<AutoResizeSlider> mSlider{QRect(20, 40, 115, 26)};
+  int mActions = 0;
+  int mInAction = -1;
 };
 
-TEST(AutoResizeSlider, FollowsTheMouseAtEveryZoom) {
+TEST_F(AutoResizeSliderTest, FollowsTheMouseUnitByUnitAtEveryZoom) {
   for (const double zoom : kZooms) {
-    Slider slider;
-    slider.zoom(zoom);
-    // The knob stands at the left end, half its own width from the edge.
-    slider.mouse(QEvent::MouseButtonPress, 7.5, 13.0);
-    EXPECT_EQ(slider.actions, 0);
-    // The middle of the slider is the middle of its values, whatever the knob's width.
-    slider.mouse(QEvent::MouseMove, 48.0, 13.0);
-    EXPECT_NEAR(slider.control->intValue(), 50, 1) << zoom;
-    EXPECT_EQ(slider.actions, 1) << zoom;
-    slider.mouse(QEvent::MouseMove, 90.0, 13.0);
-    EXPECT_EQ(slider.control->intValue(), 100) << zoom;
-    slider.mouse(QEvent::MouseMove, 1.0, 13.0);
-    slider.mouse(QEvent::MouseButtonRelease, 1.0, 13.0);
-    EXPECT_EQ(slider.control->intValue(), 0) << zoom;
-    EXPECT_EQ(slider.actions, 3) << zoom;
+    SCOPED_TRACE(zoom);
+    mSlider.zoomTo(zoom);
+    mSlider->setIntValue(41);
+    mActions = 0;
+    mSlider.press(knob(41));
+    EXPECT_EQ(mSlider->intValue(), 41);
+    mSlider.drag(knob(57));
+    EXPECT_EQ(mInAction, 57);
+    mSlider.drag(knob(13));
+    EXPECT_EQ(mInAction, 13);
+    // Beyond its end.
+    mSlider.drag(knob(150));
+    EXPECT_EQ(mInAction, 100);
+    mSlider.release(knob(150));
+    EXPECT_EQ(mSlider->intValue(), 100);
+    EXPECT_EQ(mActions, 3);
   }
 }
 
-TEST(AutoResizeSlider, DoesNotActWhenTheProgramSetsIt) {
-  Slider slider;
-  slider.control->setIntValue(37);
-  slider.control->setFloatValue(49.6F);
-  EXPECT_EQ(slider.control->floatValue(), 50.0F);
-  slider.control->setFloatValue(1e30F);
-  EXPECT_EQ(slider.control->intValue(), 100);
-  slider.control->setFloatValue(std::numeric_limits<float>::quiet_NaN());
-  EXPECT_EQ(slider.control->intValue(), 0);
-  EXPECT_EQ(slider.actions, 0);
+TEST_F(AutoResizeSliderTest, IsTakenAtEitherSideOfItsKnob) {
+  for (const double zoom : kZooms) {
+    SCOPED_TRACE(zoom);
+    mSlider.zoomTo(zoom);
+    for (const double edge : {-4.0, 4.0}) {
+      mSlider->setIntValue(41);
+      mSlider.press(knob(41) + QPointF(edge, 0.0));
+      mSlider.drag(knob(45) + QPointF(edge, 0.0));
+      mSlider.release(knob(45) + QPointF(edge, 0.0));
+      EXPECT_EQ(mSlider->intValue(), 45);
+    }
+  }
 }
 
-TEST(AutoResizeSlider, ActsOnKeysAndOnTheWheelOnlyWhileItHasTheFocus) {
-  Slider slider;
-  slider.wheel(120);
-  EXPECT_EQ(slider.actions, 0);
-  slider.control->setFocus();
-  slider.key(Qt::Key_Right);
-  EXPECT_EQ(slider.control->intValue(), 1);
-  EXPECT_EQ(slider.actions, 1);
-  slider.wheel(120);
-  EXPECT_GT(slider.control->intValue(), 1);
-  EXPECT_EQ(slider.actions, 2);
+TEST_F(AutoResizeSliderTest, StepsByAPageWhenItsGrooveIsPressed) {
+  for (const double zoom : kZooms) {
+    SCOPED_TRACE(zoom);
+    mSlider.zoomTo(zoom);
+    mSlider->setIntValue(40);
+    mSlider.click(knob(90));
+    EXPECT_EQ(mSlider->intValue(), 50);
+    mSlider.click(knob(5));
+    EXPECT_EQ(mSlider->intValue(), 40);
+  }
 }
 
-TEST(AutoResizeSlider, ActsForAssistivePrograms) {
-  Slider slider;
-  QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(slider.control);
-  ASSERT_NE(interface->valueInterface(), nullptr);
-  interface->valueInterface()->setCurrentValue(25);
-  EXPECT_EQ(slider.control->intValue(), 25);
-  EXPECT_EQ(slider.actions, 1);
+TEST_F(AutoResizeSliderTest, DoesNothingWhenItIsPressedOutside) {
+  for (const double zoom : kZooms) {
+    SCOPED_TRACE(zoom);
+    mSlider.zoomTo(zoom);
+    mSlider->setIntValue(40);
+    for (const QPointF &place :
+         {QPointF(18.0, 53.0), QPointF(137.0, 53.0), QPointF(67.0, 38.0), QPointF(67.0, 68.0)})
+      mSlider.click(place);
+    EXPECT_EQ(mSlider->intValue(), 40);
+    EXPECT_EQ(mActions, 0);
+  }
 }
 
-TEST(AutoResizeSlider, IsDrawnWholeWhenTheToolkitChangesAPart) {
-  Slider slider;
-  slider.zoom(2.0);
-  slider.settle();
-  QHoverEvent hover(QEvent::HoverEnter, QPointF(15.0, 26.0), QPointF(), QPointF(-1.0, -1.0));
-  QApplication::sendEvent(slider.control, &hover);
-  QApplication::processEvents();
-  EXPECT_EQ(slider.painted, QRegion(slider.control->rect()));
+TEST_F(AutoResizeSliderTest, IsOperatedWithTheKeysAtEveryZoom) {
+  for (const double zoom : kZooms) {
+    SCOPED_TRACE(zoom);
+    mSlider.zoomTo(zoom);
+    mSlider->setFocus();
+    mSlider->setIntValue(40);
+    mActions = 0;
+    const auto expectAfter = [&](int code, int value) {
+      mSlider.key(code);
+      EXPECT_EQ(mInAction, value);
+    };
+    expectAfter(Qt::Key_Right, 41);
+    expectAfter(Qt::Key_Left, 40);
+    expectAfter(Qt::Key_PageUp, 50);
+    expectAfter(Qt::Key_End, 100);
+    expectAfter(Qt::Key_Home, 0);
+    EXPECT_EQ(mActions, 5);
+    mSlider.key(Qt::Key_Left);
+    EXPECT_EQ(mActions, 5);
+  }
+}
+
+TEST_F(AutoResizeSliderTest, HeedsTheWheelOnlyWithTheFocus) {
+  mSlider->setIntValue(40);
+  mSlider->clearFocus();
+  mSlider.wheel(knob(40));
+  EXPECT_EQ(mSlider->intValue(), 40);
+  mSlider->setFocus();
+  mSlider.wheel(knob(40));
+  EXPECT_GT(mSlider->intValue(), 40);
+  EXPECT_EQ(mActions, 1);
+}
+
+TEST_F(AutoResizeSliderTest, IsSetWithinItsLimitsWithoutAnAction) {
+  mSlider->setIntValue(37);
+  EXPECT_EQ(mSlider->floatValue(), 37.0F);
+  mSlider->setIntValue(101);
+  EXPECT_EQ(mSlider->intValue(), 100);
+  mSlider->setIntValue(-1);
+  EXPECT_EQ(mSlider->intValue(), 0);
+  mSlider->setFloatValue(49.4F);
+  EXPECT_EQ(mSlider->intValue(), 49);
+  mSlider->setFloatValue(std::numeric_limits<float>::infinity());
+  EXPECT_EQ(mSlider->intValue(), 100);
+  mSlider->setFloatValue(std::numeric_limits<float>::quiet_NaN());
+  EXPECT_EQ(mSlider->intValue(), 0);
+  EXPECT_EQ(mActions, 0);
+}
+
+TEST_F(AutoResizeSliderTest, IsDrawnAgainOnlyForAnotherValue) {
+  mSlider->setIntValue(40);
+  Repaints repaints(*mSlider);
+  mSlider->setIntValue(40);
+  EXPECT_EQ(repaints.count(), 0);
+  mSlider->setIntValue(41);
+  EXPECT_EQ(repaints.count(), 1);
+}
+
+TEST_F(AutoResizeSliderTest, IsDrawnAgainWhereItsKnobIsSeenUnderTheMouse) {
+  mSlider.zoomTo(2.0);
+  mSlider->setIntValue(90);
+  mSlider.hover(QPointF(150.0, 90.0));
+  Repaints repaints(*mSlider);
+  mSlider.hover(knob(90));
+  ASSERT_GT(repaints.count(), 0);
+  // From 90 to 105 across the slider.
+  EXPECT_TRUE(repaints.region().contains(QRect(180, 10, 30, 32)));
+  EXPECT_EQ((QRegion(QRect(180, 10, 30, 32)) - repaints.region()), QRegion());
 }
 
 }  // namespace

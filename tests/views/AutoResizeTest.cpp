@@ -1,147 +1,181 @@
 #include "views/AutoResize.h"
 
+#include <memory>
 #include <random>
-#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "tests/views/ZoomRig.h"
 #include "views/AutoResizeBox.h"
-#include "views/AutoResizeGeometry.h"
 #include "views/AutoResizeImageView.h"
 #include "views/AutoResizePopUpButton.h"
 #include "views/AutoResizeSlider.h"
 #include "views/AutoResizeStepper.h"
 #include "views/AutoResizeTextField.h"
-#include "views/ContentView.h"
-#include "views/Coordinates.h"
+#include "views/DisclosureButton.h"
 #include "views/HiddenButton.h"
 
 namespace orvane::test {
 namespace {
 
-// 402 from the top of a view of 420 by 444, which is 16 from its bottom.
-const QSizeF kOriginalSize(420.0, 444.0);
-const QRectF kOriginal(136.0, 16.0, 96.0, 26.0);
+// 10 from the left and 20 from the top, 100 by 20, in the rig's 200 by 100.
+const QRect kPlace(10, 20, 100, 20);
 
-TEST(AutoResizeGeometry, ZoomsWithTheWidthAndKeepsThePlaceAtTheTop) {
-  struct Case {
-    QSizeF size;
-    QRectF frame;
-  };
-  const std::vector<Case> cases = {
-      {{420.0, 444.0}, {136.0, 16.0, 96.0, 26.0}},
-      // Twice the width at the same height: twice as far from the top.
-      {{840.0, 444.0}, {272.0, -412.0, 192.0, 52.0}},
-      {{315.0, 333.0}, {102.0, 12.0, 72.0, 19.5}},
-      {{630.0, 300.0}, {204.0, -342.0, 144.0, 39.0}},
-      // Only lower: cut off at the bottom.
-      {{420.0, 180.0}, {136.0, -248.0, 96.0, 26.0}},
-      // A third in single precision is 0.3333333432674408, 25/21 is 1.190476179122925.
-      {{140.0, 148.0}, {45.33333468437195, 5.333329081535339, 32.0000009536743, 8.66666692495346}},
-      {{500.0, 528.0},
-       {161.90476036071777, 18.47619533538818, 114.28571319580078, 30.95238065719604}},
-      {{0.0, 0.0}, {0.0, 0.0, 0.0, 0.0}},
-  };
-  for (const Case &each : cases) {
-    const QRectF frame = relayoutFrame(kOriginal, kOriginalSize, each.size);
-    EXPECT_DOUBLE_EQ(frame.x(), each.frame.x()) << each.size.width();
-    EXPECT_DOUBLE_EQ(frame.y(), each.frame.y()) << each.size.width();
-    EXPECT_DOUBLE_EQ(frame.width(), each.frame.width()) << each.size.width();
-    EXPECT_DOUBLE_EQ(frame.height(), each.frame.height()) << each.size.width();
-  }
-  EXPECT_EQ(relayoutScale(kOriginalSize, QSizeF(140.0, 444.0)), 0.33333334F);
-}
-
-TEST(AutoResizeGeometry, AnOriginalWithoutWidthHasNoScale) {
-  EXPECT_EQ(relayoutScale(QSizeF(0.0, 10.0), QSizeF(100.0, 10.0)), 0.0F);
-}
-
-TEST(Coordinates, AreTurnedOverAndBackAgain) {
-  const QRectF rect(3.0, 10.0, 5.0, 20.0);
-  EXPECT_EQ(flipped(rect, 100.0), QRectF(3.0, 70.0, 5.0, 20.0));
-  EXPECT_EQ(flipped(flipped(rect, 100.0), 100.0), rect);
-}
-
-TEST(AutoResize, TakesWholeUnitsAroundItsFrame) {
-  QWidget view;
-  view.resize(315, 333);
-  AutoResizeBox box(&view);
-  box.setGeometry(136, 402, 96, 26);
-  EXPECT_EQ(box.scale(), 1.0F);
-  box.resizeWithOldSuperviewSize(kOriginalSize);
-  EXPECT_EQ(box.scale(), 0.75F);
-  EXPECT_EQ(box.frame(), QRectF(102.0, 12.0, 72.0, 19.5));
-  EXPECT_EQ(box.bounds(), QRectF(0.0, 0.0, 96.0, 26.0));
-  // From 301.5 to 321 below the top.
-  EXPECT_EQ(box.geometry(), QRect(102, 301, 72, 20));
-}
-
-TEST(AutoResize, KeepsTheOriginalOfItsFirstRelayout) {
-  QWidget view;
-  view.resize(840, 444);
-  AutoResizeBox box(&view);
-  box.setGeometry(136, 402, 96, 26);
-  box.resizeWithOldSuperviewSize(kOriginalSize);
-  view.resize(420, 444);
-  box.resizeWithOldSuperviewSize(QSizeF(1.0, 1.0));
-  EXPECT_EQ(box.frame(), kOriginal);
-}
-
-TEST(AutoResize, HasNoSizeWithoutAView) {
-  AutoResizeBox box;
-  box.setGeometry(0, 0, 96, 26);
-  box.resizeWithOldSuperviewSize(kOriginalSize);
-  EXPECT_EQ(box.scale(), 0.0F);
-  EXPECT_EQ(box.frame().size(), QSizeF(0.0, 0.0));
-}
-
-TEST(AutoResize, EndsWhereOneRelayoutWouldAfterManyOthers) {
-  const auto fill = [](QWidget &view) {
+// A view of 420 by 444 with one control of each class, wherever they are.
+struct Panel {
+  Panel() {
     view.resize(420, 444);
-    const std::vector<QWidget *> controls = {
-        new AutoResizeBox(&view),         new AutoResizeTextField(&view),
-        new AutoResizeImageView(&view),   new AutoResizeStepper(&view),
-        new AutoResizePopUpButton(&view), new AutoResizeSlider(&view),
-        new HiddenButton(&view)};
-    for (std::size_t i = 0; i < controls.size(); ++i)
-      controls[i]->setGeometry(10 + 7 * static_cast<int>(i), 20 + 50 * static_cast<int>(i), 90, 27);
-    view.show();
-  };
-  ContentView often;
-  fill(often);
-  std::mt19937 random(20);
-  std::uniform_int_distribution<int> length(100, 1300);
-  for (int i = 0; i < 500; ++i)
-    often.resize(length(random), length(random));
-  often.resize(777, 555);
-
-  ContentView once;
-  fill(once);
-  once.resize(777, 555);
-  ASSERT_EQ(often.children().size(), 7);
-  for (int i = 0; i < 7; ++i) {
-    const auto *control = dynamic_cast<AutoResize *>(often.children()[i]);
-    const auto *expected = dynamic_cast<AutoResize *>(once.children()[i]);
-    ASSERT_NE(control, nullptr);
-    EXPECT_EQ(control->frame(), expected->frame());
-    EXPECT_EQ(control->scale(), expected->scale());
-    EXPECT_EQ(qobject_cast<QWidget *>(often.children()[i])->geometry(),
-              qobject_cast<QWidget *>(once.children()[i])->geometry());
+    add<AutoResizeBox>(QRect(12, 180, 396, 3));
+    add<AutoResizeTextField>(QRect(16, 75, 140, 20));
+    add<AutoResizeImageView>(QRect(196, 114, 28, 28));
+    add<AutoResizeStepper>(QRect(208, 242, 16, 26));
+    add<AutoResizePopUpButton>(QRect(136, 274, 208, 26));
+    add<AutoResizeSlider>(QRect(136, 402, 96, 26));
+    add<DisclosureButton>(QRect(12, 150, 24, 24));
+    add<HiddenButton>(QRect(272, 402, 132, 26));
+    // Never drawn: the pictures of the disclosure control, once loaded, are the process's.
+    view.findChild<DisclosureButton *>()->hide();
   }
+  template <class Control>
+  void add(const QRect &place) {
+    auto *control = new Control(&view);
+    control->setGeometry(place);
+    controls.push_back(control);
+    widgets.push_back(control);
+  }
+
+  ContentView view;
+  std::vector<AutoResize *> controls;
+  std::vector<QWidget *> widgets;
+};
+
+TEST(AutoResize, HasItsPlaceForAFrameBeforeTheFirstRelayout) {
+  ZoomRig<AutoResizeBox> box(kPlace);
+  EXPECT_EQ(box->frame(), QRectF(10.0, 60.0, 100.0, 20.0));
+  EXPECT_EQ(box->bounds(), QRectF(0.0, 0.0, 100.0, 20.0));
+  EXPECT_EQ(box->scale(), 1.0F);
 }
 
-TEST(ContentView, TakesTheSizeItIsFilledInForTheOriginalOne) {
-  ContentView view;
-  view.resize(420, 444);
+TEST(AutoResize, TakesTheOriginalFromTheFirstRelayoutOnly) {
+  QWidget view;
+  view.resize(400, 100);
   AutoResizeBox box(&view);
-  box.setGeometry(136, 402, 96, 26);
-  view.resize(630, 500);
-  view.resize(840, 444);  // both before it is shown
+  box.setGeometry(kPlace);
+  box.resizeWithOldSuperviewSize(QSizeF(200.0, 100.0));
+  EXPECT_EQ(box.frame(), QRectF(20.0, 20.0, 200.0, 40.0));
+  // Neither another old size nor another place changes the original.
+  box.setGeometry(0, 0, 7, 7);
+  view.resize(300, 100);
+  box.resizeWithOldSuperviewSize(QSizeF(77.0, 77.0));
+  EXPECT_EQ(box.frame(), QRectF(15.0, 40.0, 150.0, 30.0));
+  EXPECT_EQ(box.bounds(), QRectF(0.0, 0.0, 100.0, 20.0));
+  EXPECT_EQ(box.scale(), 1.5F);
+}
+
+TEST(AutoResize, TakesUpTheWholeUnitsThatItsFrameTouches) {
+  ZoomRig<AutoResizeBox> box(QRect(10, 21, 101, 21));
+  box.zoomTo(0.75);
+  // 7.5 to 83.25 across; 15.75 to 31.5 from the top.
+  EXPECT_EQ(box->geometry(), QRect(7, 15, 77, 17));
+  EXPECT_EQ(box->frame(), QRectF(7.5, 43.5, 75.75, 15.75));
+}
+
+TEST(AutoResize, EndsAfterManyRelayoutsWhereOneWouldPutIt) {
+  Panel often;
+  often.view.show();
+  std::mt19937 random(20);
+  std::uniform_int_distribution<int> width(200, 1600);
+  std::uniform_int_distribution<int> height(100, 1600);
+  for (int count = 0; count < 500; ++count)
+    often.view.resize(width(random), height(random));
+  often.view.resize(997, 1013);
+  QApplication::processEvents();
+  Panel once;
+  once.view.resize(997, 1013);
+  once.view.show();
+  QApplication::processEvents();
+  ASSERT_EQ(often.view.size(), QSize(997, 1013));
+  for (std::size_t index = 0; index < often.controls.size(); ++index) {
+    const QRectF frame = often.controls[index]->frame();
+    const QRectF expected = once.controls[index]->frame();
+    EXPECT_EQ(frame.x(), expected.x());
+    EXPECT_EQ(frame.y(), expected.y());
+    EXPECT_EQ(frame.width(), expected.width());
+    EXPECT_EQ(frame.height(), expected.height());
+    EXPECT_EQ(often.widgets[index]->geometry(), once.widgets[index]->geometry());
+  }
+  // 997 / 420 of the box's 396 by 3, 180 below the top.
+  EXPECT_NEAR(often.controls[0]->frame().width(), 940.0286, 1e-4);
+  EXPECT_NEAR(often.controls[0]->frame().y(), 1013.0 - 434.4071, 1e-4);
+}
+
+TEST(AutoResize, ComesBackExactlyToItsOriginalFrame) {
+  Panel panel;
+  std::vector<QRect> before;
+  for (const QWidget *widget : panel.widgets)
+    before.push_back(widget->geometry());
+  panel.view.show();
+  panel.view.resize(1261, 333);
+  QApplication::processEvents();
+  panel.view.resize(420, 444);
+  QApplication::processEvents();
+  for (std::size_t index = 0; index < before.size(); ++index)
+    EXPECT_EQ(panel.widgets[index]->geometry(), before[index]);
+}
+
+TEST(AutoResize, IsNothingWithoutAnEnclosingView) {
+  AutoResizeSlider slider;
+  slider.setGeometry(kPlace);
+  slider.resizeWithOldSuperviewSize(QSizeF(200.0, 100.0));
+  EXPECT_EQ(slider.frame(), QRectF(0.0, 0.0, 0.0, 0.0));
+  EXPECT_EQ(slider.scale(), 0.0F);
+  EXPECT_EQ(slider.bounds(), QRectF(0.0, 0.0, 100.0, 20.0));
+}
+
+TEST(AutoResize, LeavesTheFocusAloneExceptForAFieldToTypeIn) {
+  ZoomRig<AutoResizeSlider> slider(kPlace);
+  auto *text = new AutoResizeTextField(&slider.view());
+  slider->setFocus();
+  ASSERT_TRUE(slider->hasFocus());
+  slider.zoomTo(1.5);
+  EXPECT_TRUE(slider->hasFocus());
+  text->setEditable(true);
+  slider.zoomTo(2.0);
+  EXPECT_FALSE(slider->hasFocus());
+}
+
+TEST(AutoResize, EndsTheTypingInAField) {
+  ZoomRig<AutoResizeTextField> field(kPlace);
+  field->setEditable(true);
+  field->setFocus();
+  ASSERT_TRUE(field->hasFocus());
+  int actions = 0;
+  QObject::connect(&*field, &AutoResizeTextField::action, [&] { ++actions; });
+  field.key(Qt::Key_4, QStringLiteral("4"));
+  EXPECT_EQ(actions, 0);
+  field.zoomTo(1.5);
+  EXPECT_FALSE(field->hasFocus());
+  EXPECT_EQ(actions, 1);
+  EXPECT_EQ(field->stringValue(), QStringLiteral("4"));
+}
+
+TEST(AutoResize, IsToldOfTheSizeThatAHiddenViewWasGiven) {
+  ContentView view;
+  view.resize(200, 100);
+  auto *box = new AutoResizeBox(&view);
+  box->setGeometry(kPlace);
+  auto *plain = new QWidget(&view);
+  plain->setGeometry(kPlace);
+  auto *inner = new AutoResizeBox(plain);
+  inner->setGeometry(1, 2, 3, 4);
+  view.resize(400, 200);
   view.show();
-  EXPECT_EQ(box.frame(), QRectF(272.0, -412.0, 192.0, 52.0));
-  view.resize(420, 180);
-  EXPECT_EQ(box.frame(), QRectF(136.0, -248.0, 96.0, 26.0));
+  QApplication::processEvents();
+  EXPECT_EQ(box->geometry(), QRect(20, 40, 200, 40));
+  // Only the view's own proportional controls.
+  EXPECT_EQ(plain->geometry(), kPlace);
+  EXPECT_EQ(inner->geometry(), QRect(1, 2, 3, 4));
 }
 
 }  // namespace

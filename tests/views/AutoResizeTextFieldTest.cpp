@@ -1,230 +1,207 @@
 #include "views/AutoResizeTextField.h"
 
-#include <limits>
-
-#include <gtest/gtest.h>
-
 #include "tests/views/ZoomRig.h"
 
 namespace orvane::test {
 namespace {
 
-class Field : public ZoomRig<AutoResizeTextField> {
- public:
-  explicit Field(const char *text, Qt::Alignment alignment = Qt::AlignLeft | Qt::AlignVCenter)
-      : ZoomRig(QSize(90, 26)) {
-    control->setEditable(true);
-    control->setFontPixelSize(13);
-    control->setAlignment(alignment);
-    control->setText(QString::fromLatin1(text));
+const QString kText = QStringLiteral("440.375 Hz and more");
+const QRect kPlace(20, 40, 150, 26);
+
+// In the window's units, by the distance from the field's left edge.
+QPointF at(double x) {
+  return {20.0 + x, 53.0};
+}
+
+class AutoResizeTextFieldTest : public testing::Test {
+ protected:
+  AutoResizeTextFieldTest() {
+    mField->setEditable(true);
+    mField->setFontPixelSize(13);
+    mField->setStringValue(kText);
+    mPlain.setFont(mField->font());
+    mPlain.setGeometry(kPlace);
+    mPlain.setText(kText);
+    QObject::connect(&*mField, &AutoResizeTextField::action, [this] { ++mActions; });
   }
 
-  // Where the drawn selection ends, in the widget's pixels.
-  int selectionEnd() const {
-    const QColor highlight = control->palette().color(QPalette::Highlight);
-    const QImage image = drawn();
-    // A row above the letters, inside the selection.
-    const int row = image.height() / 4;
-    for (int x = image.width() - 1; x >= 0; --x) {
-      if (image.pixelColor(x, row) == highlight)
-        return x + 1;
-    }
-    return -1;
-  }
+  // The character at that distance in the toolkit's own field of the original size.
+  int character(double x) { return mPlain.cursorPositionAt(QPoint(qRound(x), 13)); }
+
+  ZoomRig<AutoResizeTextField> mField{kPlace};
+  QLineEdit mPlain;
+  int mActions = 0;
 };
 
-TEST(AutoResizeTextField, ReadsTheNumberThatItsTextBeginsWith) {
-  AutoResizeTextField field;
-  const auto reads = [&field](const char *text) {
-    field.setStringValue(QString::fromUtf8(text));
-    return field.floatValue();
-  };
-  EXPECT_EQ(reads("440.0Hz"), 440.0F);
-  EXPECT_EQ(reads(" \t-12dB"), -12.0F);
-  EXPECT_EQ(reads("+7"), 7.0F);
-  EXPECT_EQ(reads("±0"), 0.0F);
-  EXPECT_EQ(reads("499.9"), 499.899993896484375F);
-  EXPECT_EQ(reads(".5e1x"), 5.0F);
-  EXPECT_EQ(reads(""), 0.0F);
-  EXPECT_EQ(reads("nan"), 0.0F);
-  EXPECT_EQ(reads("inf"), 0.0F);
-  EXPECT_EQ(reads("0x10"), 0.0F);
-  EXPECT_EQ(reads("1e-999"), 0.0F);
-  EXPECT_EQ(reads("1e999"), std::numeric_limits<float>::max());
-}
-
-TEST(AutoResizeTextField, ReadsWholeNumbersAndTheNearestForThoseOutOfRange) {
-  AutoResizeTextField field;
-  const auto reads = [&field](const char *text) {
-    field.setStringValue(QString::fromUtf8(text));
-    return field.intValue();
-  };
-  EXPECT_EQ(reads("37%"), 37);
-  EXPECT_EQ(reads(" -3.9"), -3);
-  EXPECT_EQ(reads("n/a"), 0);
-  EXPECT_EQ(reads("2147483648"), 2147483647);
-  EXPECT_EQ(reads("-99999999999999999999"), std::numeric_limits<int>::min());
-}
-
-TEST(AutoResizeTextField, ShowsNumbersAsTheShortestText) {
-  AutoResizeTextField field;
-  field.setFloatValue(349.0F);
-  EXPECT_EQ(field.stringValue(), QStringLiteral("349"));
-  field.setFloatValue(499.899993896484375F);
-  EXPECT_EQ(field.stringValue(), QStringLiteral("499.9"));
-  field.setFloatValue(440.37F);
-  EXPECT_EQ(field.stringValue(), QStringLiteral("440.37"));
-  field.setIntValue(-7);
-  EXPECT_EQ(field.stringValue(), QStringLiteral("-7"));
-}
-
-TEST(AutoResizeTextField, IsNotDrawnAgainForTheTextItShows) {
-  ZoomRig<AutoResizeTextField> rig(QSize(90, 26));
-  rig.control->setStringValue(QStringLiteral("440.0Hz"));
-  rig.settle();
-  rig.control->setStringValue(QStringLiteral("440.0Hz"));
-  QApplication::processEvents();
-  EXPECT_EQ(rig.paints, 0);
-  rig.control->setStringValue(QStringLiteral("440.1Hz"));
-  QApplication::processEvents();
-  EXPECT_EQ(rig.paints, 1);
-}
-
-TEST(AutoResizeTextField, IsALabelThatTheUserCannotEnterUntilItIsMadeEditable) {
-  ZoomRig<AutoResizeTextField> rig(QSize(90, 26));
-  EXPECT_FALSE(rig.control->isEditable());
-  rig.control->setText(QStringLiteral("Tonic:"));
-  rig.mouse(QEvent::MouseButtonDblClick, 10, 13);
-  EXPECT_FALSE(rig.control->hasFocus());
-  EXPECT_FALSE(rig.control->hasSelectedText());
-  rig.control->setEditable(true);
-  rig.click(10, 13);
-  rig.control->setFocus();
-  rig.key(Qt::Key_X, QStringLiteral("x"));
-  EXPECT_TRUE(rig.control->text().contains(QLatin1Char('x')));
-}
-
-TEST(AutoResizeTextField, PutsTheCursorWhereItsDrawingWasClicked) {
+TEST_F(AutoResizeTextFieldTest, PutsTheTextCursorWhereItIsClickedAtEveryZoom) {
+  ASSERT_LT(character(30.0), character(60.0));
   for (const double zoom : kZooms) {
-    for (const auto alignment : {Qt::AlignLeft, Qt::AlignRight, Qt::AlignHCenter}) {
-      Field field("WWWW", alignment | Qt::AlignVCenter);
-      field.zoom(zoom);
-      field.control->setFocus();
-      field.control->setSelection(0, 2);
-      const int end = field.selectionEnd();
-      ASSERT_GT(end, 0);
-      field.click(end / zoom, 13.0);
-      EXPECT_EQ(field.control->cursorPosition(), 2) << zoom << " " << alignment;
-      EXPECT_FALSE(field.control->hasSelectedText());
+    SCOPED_TRACE(zoom);
+    mField.zoomTo(zoom);
+    for (const double x : {3.0, 12.0, 30.0, 47.0, 60.0, 91.0, 145.0}) {
+      mField.click(at(x));
+      EXPECT_EQ(mField->cursorPosition(), character(x));
+      EXPECT_TRUE(mField->hasFocus());
     }
   }
 }
 
-TEST(AutoResizeTextField, PutsTheCursorWhereAScrolledTextWasClicked) {
+TEST_F(AutoResizeTextFieldTest, PutsTheTextCursorWhereAScrolledTextIsClicked) {
+  const QString text = kText + kText;
+  mField->setStringValue(text);
+  mPlain.setText(text);
+  // The toolkit scrolls where it draws.
+  mPlain.setCursorPosition(static_cast<int>(text.size()));
+  mPlain.grab();
+  ASSERT_GT(character(30.0), 20);
   for (const double zoom : kZooms) {
-    Field field("WWWWWWWWWWWWWWWWWWWWWWWW");
-    field.zoom(zoom);
-    field.control->setFocus();
-    field.control->end(false);
-    field.drawn();  // scrolled to its end
-    // Before the last two letters, which are wide ones: from the left so that the end stays in
-    // view.
-    field.control->setSelection(20, 2);
-    const int end = field.selectionEnd();
-    ASSERT_GT(end, 0);
-    field.click(end / zoom, 13.0);
-    EXPECT_EQ(field.control->cursorPosition(), 22) << zoom;
-  }
-}
-
-TEST(AutoResizeTextField, SelectsWhatTheMouseIsDraggedOver) {
-  for (const double zoom : kZooms) {
-    Field field("WWWW");
-    field.zoom(zoom);
-    field.control->setFocus();
-    field.control->setSelection(0, 2);
-    const double end = field.selectionEnd() / zoom;
-    field.mouse(QEvent::MouseButtonPress, end, 13.0);
-    field.mouse(QEvent::MouseMove, 89.0, 13.0);
-    field.mouse(QEvent::MouseButtonRelease, 89.0, 13.0);
-    EXPECT_EQ(field.control->selectedText(), QStringLiteral("WW")) << zoom;
-  }
-}
-
-TEST(AutoResizeTextField, TellsInputMethodsWhereItsCursorIsSeen) {
-  for (const double zoom : kZooms) {
-    Field field("WWWW");
-    field.zoom(zoom);
-    field.control->setFocus();
-    field.control->setSelection(0, 2);
-    const int end = field.selectionEnd();
-    const QRectF cursor = field.control->inputMethodQuery(Qt::ImCursorRectangle).toRectF();
-    EXPECT_NEAR(cursor.center().x(), end, 2.0 * zoom) << zoom;
-    EXPECT_NEAR(cursor.center().y(), 13.0 * zoom, 2.0 * zoom) << zoom;
-    EXPECT_GT(cursor.height(), 12.0 * zoom) << zoom;
-  }
-}
-
-TEST(AutoResizeTextField, ActsWhenEditingIsEndedWithReturn) {
-  Field field("440");
-  field.control->setFocus();
-  field.control->selectAll();
-  field.key(Qt::Key_4, QStringLiteral("4"));
-  field.key(Qt::Key_1, QStringLiteral("1"));
-  EXPECT_EQ(field.actions, 0);
-  field.key(Qt::Key_Return, QStringLiteral("\r"));
-  EXPECT_EQ(field.actions, 1);
-  EXPECT_EQ(field.control->floatValue(), 41.0F);
-}
-
-TEST(AutoResizeTextField, ActsWhenTheFocusLeavesIt) {
-  Field field("440");
-  field.control->setFocus();
-  field.key(Qt::Key_1, QStringLiteral("1"));
-  field.control->clearFocus();
-  EXPECT_EQ(field.actions, 1);
-}
-
-TEST(AutoResizeTextField, EndsEditingWhenItIsLaidOutAgain) {
-  Field field("440");
-  field.control->setFocus();
-  ASSERT_TRUE(field.control->hasFocus());
-  field.key(Qt::Key_1, QStringLiteral("1"));
-  field.view.resize(240, 60);
-  EXPECT_EQ(field.view.focusWidget(), nullptr);
-  EXPECT_EQ(field.actions, 1);
-}
-
-TEST(AutoResizeTextField, LeavesTheFocusAloneAsALabel) {
-  ContentView view;
-  view.resize(200, 100);
-  AutoResizeTextField label(&view);
-  QLineEdit other(&view);
-  view.show();
-  view.activateWindow();
-  other.setFocus();
-  view.resize(300, 100);
-  EXPECT_EQ(view.focusWidget(), &other);
-}
-
-// The letters of a big note fill bounds that are lower than the font's own box.
-TEST(AutoResizeTextField, DoesNotCutALabelAtTheFontsBox) {
-  const auto ink = [](const QSize &size) {
-    ZoomRig<AutoResizeTextField> rig(size);
-    rig.control->setFontPixelSize(96);
-    rig.control->setAlignment(Qt::AlignCenter);
-    rig.control->setText(QStringLiteral("A"));
-    const QImage image = rig.drawn();
-    int dark = 0;
-    for (int y = 0; y < image.height(); ++y) {
-      for (int x = 0; x < image.width(); ++x)
-        dark += image.pixelColor(x, y).lightness() < 100 ? 1 : 0;
+    SCOPED_TRACE(zoom);
+    mField.zoomTo(zoom);
+    mField->setFocus();
+    mField.key(Qt::Key_Home);
+    mField.key(Qt::Key_End);
+    mField->grab();
+    for (const double x : {30.0, 60.0, 91.0}) {
+      mField.click(at(x));
+      EXPECT_EQ(mField->cursorPosition(), character(x));
     }
-    return dark;
-  };
-  EXPECT_GT(ink(QSize(96, 140)), 500);
-  // The font's box is about 112 high, the letter 70.
-  EXPECT_EQ(ink(QSize(96, 96)), ink(QSize(96, 140)));
+  }
+}
+
+TEST_F(AutoResizeTextFieldTest, SelectsWhatTheMouseIsDraggedOverAtEveryZoom) {
+  const QString selected = kText.mid(character(20.0), character(75.0) - character(20.0));
+  ASSERT_GT(selected.size(), 3);
+  for (const double zoom : kZooms) {
+    SCOPED_TRACE(zoom);
+    mField.zoomTo(zoom);
+    mField.press(at(20.0));
+    mField.drag(at(50.0));
+    mField.drag(at(75.0));
+    mField.release(at(75.0));
+    EXPECT_EQ(mField->selectedText(), selected);
+    mField->deselect();
+    // Another click in its time would be the second of a pair.
+    mField->clearFocus();
+  }
+}
+
+TEST_F(AutoResizeTextFieldTest, IsTypedInAtEveryZoom) {
+  for (const double zoom : kZooms) {
+    SCOPED_TRACE(zoom);
+    mField.zoomTo(zoom);
+    mField->setStringValue(QStringLiteral("440"));
+    mField.click(at(145.0));
+    mActions = 0;
+    mField.key(Qt::Key_Backspace);
+    mField.key(Qt::Key_2, QStringLiteral("2"));
+    EXPECT_EQ(mField->stringValue(), QStringLiteral("442"));
+    EXPECT_EQ(mActions, 0);
+    mField.key(Qt::Key_Return);
+    EXPECT_EQ(mActions, 1);
+    // Nothing has been typed since.
+    mField->clearFocus();
+    EXPECT_EQ(mActions, 1);
+    mField.click(at(145.0));
+    mField.key(Qt::Key_0, QStringLiteral("0"));
+    mField->clearFocus();
+    EXPECT_EQ(mActions, 2);
+  }
+}
+
+TEST_F(AutoResizeTextFieldTest, IsNotReachedOutsideItsFrame) {
+  for (const double zoom : kZooms) {
+    SCOPED_TRACE(zoom);
+    mField.zoomTo(zoom);
+    mField->clearFocus();
+    for (const QPointF &place : {at(-2.0), at(152.0), QPointF(80.0, 38.0), QPointF(80.0, 68.0)}) {
+      mField.click(place);
+      EXPECT_FALSE(mField->hasFocus());
+    }
+    mField.click(QPointF(22.0, 42.0));
+    EXPECT_TRUE(mField->hasFocus());
+    mField->clearFocus();
+    mField.click(QPointF(168.0, 64.0));
+    EXPECT_TRUE(mField->hasFocus());
+  }
+}
+
+TEST_F(AutoResizeTextFieldTest, BlinksTheWholeTextCursorAsItIsDrawn) {
+  const int flashTime = QApplication::cursorFlashTime();
+  QApplication::setCursorFlashTime(100);
+  mField.zoomTo(2.0);
+  mField.click(at(60.0));
+  const QRect cursor = mField->inputMethodQuery(Qt::ImCursorRectangle).toRectF().toAlignedRect();
+  Repaints repaints(*mField);
+  const QImage look = mField->grab().toImage();
+  QImage other;
+  repaints.forget();
+  EXPECT_TRUE(waitFor([&] { return repaints.count() > 0; }));
+  EXPECT_EQ(QRegion(cursor) - repaints.region(), QRegion());
+  EXPECT_TRUE(waitFor([&] {
+    other = mField->grab().toImage();
+    return other != look;
+  }));
+  QApplication::setCursorFlashTime(flashTime);
+  QRect changed;
+  for (int y = 0; y < look.height(); ++y)
+    for (int x = 0; x < look.width(); ++x)
+      if (look.pixel(x, y) != other.pixel(x, y))
+        changed |= QRect(x, y, 1, 1);
+  // One unit wide, wherever that begins, and as high as the text.
+  EXPECT_GE(changed.width(), 2);
+  EXPECT_LE(changed.width(), 3);
+  EXPECT_GE(changed.height(), 26);
+  EXPECT_TRUE(cursor.contains(changed));
+}
+
+TEST_F(AutoResizeTextFieldTest, TellsInputMethodsWhereTheTextCursorIsSeen) {
+  mField.click(at(60.0));
+  const QRectF before = mField->inputMethodQuery(Qt::ImCursorRectangle).toRectF();
+  mField.zoomTo(2.0);
+  const QRectF after = mField->inputMethodQuery(Qt::ImCursorRectangle).toRectF();
+  EXPECT_EQ(after, QRectF(before.topLeft() * 2.0, before.size() * 2.0));
+}
+
+TEST_F(AutoResizeTextFieldTest, IsAPlainLabelUnlessItIsEditable) {
+  mField->setEditable(false);
+  EXPECT_FALSE(mField->isEditable());
+  EXPECT_FALSE(mField->hasFrame());
+  mField.click(at(60.0));
+  EXPECT_FALSE(mField->hasFocus());
+  mField.key(Qt::Key_Tab);
+  EXPECT_FALSE(mField->hasFocus());
+  EXPECT_FALSE(AutoResizeTextField().isEditable());
+}
+
+TEST_F(AutoResizeTextFieldTest, DoesNotCutALabelThatIsTooLongForItsFrame) {
+  mField->setEditable(false);
+  mField->resize(30, 26);
+  mField->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  for (const double zoom : kZooms) {
+    SCOPED_TRACE(zoom);
+    mField.zoomTo(zoom);
+    QImage image(qRound(30.0 * zoom), qRound(26.0 * zoom), QImage::Format_RGB32);
+    image.fill(Qt::white);
+    mField->render(&image, QPoint(), QRegion(), QWidget::RenderFlags());
+    // The end of the text stands at its frame's right edge.
+    bool isDrawn = false;
+    for (int y = 0; y < image.height(); ++y)
+      isDrawn |= image.pixelColor(image.width() - qRound(3.0 * zoom), y).lightness() < 200;
+    EXPECT_TRUE(isDrawn);
+  }
+}
+
+TEST_F(AutoResizeTextFieldTest, IsNotDrawnAgainForTheSameText) {
+  for (const bool isEditable : {true, false}) {
+    mField->setEditable(isEditable);
+    mField->setFloatValue(440.5F);
+    Repaints repaints(*mField);
+    mField->setStringValue(QStringLiteral("440.5"));
+    mField->setFloatValue(440.5F);
+    EXPECT_EQ(repaints.count(), 0);
+    mField->setIntValue(440);
+    EXPECT_EQ(repaints.count(), 1);
+  }
 }
 
 }  // namespace

@@ -1,0 +1,135 @@
+#include "views/AccessibleControls.h"
+
+#include <QAbstractItemView>
+
+#include "views/AccessibleText.h"
+#include "views/AutoResizeBox.h"
+#include "views/AutoResizeImageView.h"
+#include "views/AutoResizePopUpButton.h"
+#include "views/AutoResizeTextField.h"
+#include "views/ContentView.h"
+
+namespace orvane {
+namespace {
+
+using Relations = QVector<QPair<QAccessibleInterface *, QAccessible::Relation>>;
+
+bool isDecoration(QObject *object) {
+  const auto *field = qobject_cast<AutoResizeTextField *>(object);
+  return qobject_cast<AutoResizeBox *>(object) || qobject_cast<AutoResizeImageView *>(object) ||
+         (field != nullptr && field->isDecoration());
+}
+
+class AccessibleContentView : public QAccessibleWidget {
+ public:
+  using QAccessibleWidget::QAccessibleWidget;
+
+  int childCount() const override { return static_cast<int>(controls().size()); }
+  QAccessibleInterface *child(int index) const override {
+    return QAccessible::queryAccessibleInterface(controls().value(index));
+  }
+  int indexOfChild(const QAccessibleInterface *child) const override {
+    return child != nullptr ? static_cast<int>(controls().indexOf(child->object())) : -1;
+  }
+
+ private:
+  QObjectList controls() const {
+    QObjectList controls;
+    for (QObject *child : widget()->children()) {
+      if (child->isWidgetType() && !isDecoration(child))
+        controls.append(child);
+    }
+    return controls;
+  }
+};
+
+class AccessibleTextField : public AccessibleText {
+ public:
+  using AccessibleText::text;
+
+  explicit AccessibleTextField(AutoResizeTextField &field)
+      : AccessibleText(&field, QAccessible::EditableText), mField(field) {}
+
+  QAccessible::Role role() const override {
+    return mField.buddyControl() != nullptr ? QAccessible::StaticText : QAccessible::EditableText;
+  }
+  QAccessible::State state() const override {
+    QAccessible::State state = AccessibleText::state();
+    state.readOnly = true;
+    return state;
+  }
+  QString text(QAccessible::Text kind) const override {
+    const bool isName = kind == QAccessible::Name && mField.buddyControl() != nullptr;
+    return isName || kind == QAccessible::Value ? mField.accessibleText()
+                                                : AccessibleText::text(kind);
+  }
+  Relations relations(QAccessible::Relation match) const override {
+    Relations relations = AccessibleText::relations(match);
+    QWidget *control = mField.buddyControl();
+    if (control != nullptr && match & QAccessible::Labelled)
+      relations.append({QAccessible::queryAccessibleInterface(control), QAccessible::Labelled});
+    return relations;
+  }
+
+ private:
+  const AutoResizeTextField &mField;
+};
+
+// The toolkit's own one is named by the selected title.
+class AccessiblePopUpButton : public AccessibleText {
+ public:
+  using AccessibleText::text;
+
+  explicit AccessiblePopUpButton(AutoResizePopUpButton &button)
+      : AccessibleText(&button, QAccessible::ComboBox), mButton(button) {}
+
+  int childCount() const override { return 1; }
+  QAccessibleInterface *child(int index) const override {
+    return index == 0 ? QAccessible::queryAccessibleInterface(mButton.view()) : nullptr;
+  }
+  int indexOfChild(const QAccessibleInterface *child) const override {
+    return child != nullptr && child->object() == mButton.view() ? 0 : -1;
+  }
+
+  QString text(QAccessible::Text kind) const override {
+    return kind == QAccessible::Value ? mButton.titleOfSelectedItem() : AccessibleText::text(kind);
+  }
+  QAccessible::State state() const override {
+    QAccessible::State state = AccessibleText::state();
+    state.expandable = true;
+    state.expanded = mButton.view()->isVisible();
+    return state;
+  }
+
+  QStringList actionNames() const override {
+    return QStringList(showMenuAction()) + AccessibleText::actionNames();
+  }
+  void doAction(const QString &name) override {
+    if (name != showMenuAction())
+      AccessibleText::doAction(name);
+    else if (mButton.view()->isVisible())
+      mButton.hidePopup();
+    else if (mButton.isEnabled())
+      mButton.showPopup();
+  }
+
+ private:
+  AutoResizePopUpButton &mButton;
+};
+
+QAccessibleInterface *accessibleInterface(const QString & /*name*/, QObject *object) {
+  if (auto *view = qobject_cast<ContentView *>(object))
+    return new AccessibleContentView(view);
+  if (auto *button = qobject_cast<AutoResizePopUpButton *>(object))
+    return new AccessiblePopUpButton(*button);
+  auto *field = qobject_cast<AutoResizeTextField *>(object);
+  return field != nullptr && !field->isEditable() ? new AccessibleTextField(*field) : nullptr;
+}
+
+}  // namespace
+
+void installAccessibleControls() {
+  QAccessible::installFactory(&accessibleInterface);
+}
+
+}  // namespace orvane
