@@ -1,9 +1,12 @@
 // orvane: the tuner in its windows.
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -26,7 +29,7 @@ constexpr int kExitUsage = 2;
 
 struct Options {
   std::vector<std::string> inputs;
-  std::string temperaments;
+  std::optional<std::string> temperaments;
 };
 
 // Under share/orvane beside an installed program, else in the source tree it was built from.
@@ -56,6 +59,15 @@ std::unique_ptr<AudioHardware> makeHardware(const std::vector<std::string> &inpu
   return recordings;
 }
 
+Controller *running = nullptr;
+
+// Also called at the process's exit, with which the toolkit answers the loss of the display: so
+// some sessions end.
+void finish() {
+  if (running != nullptr)
+    std::exchange(running, nullptr)->applicationWillTerminate();
+}
+
 // The toolkit would end the program with a core dump, where a display cannot be opened for one.
 void log(QtMsgType type, const QMessageLogContext & /*context*/, const QString &message) {
   DesktopSystem().log(message.section(QLatin1Char('\n'), 0, 0).toStdString());
@@ -79,14 +91,17 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
     return kExitFailed;
   UserDefaults defaults([&system](const std::string &line) { system.log(line); });
   const std::filesystem::path temperaments =
-      options.temperaments.empty()
+      !options.temperaments
           ? std::filesystem::path(
                 (resourceFolder() + QStringLiteral("/Temperaments.txt")).toStdString())
-          : std::filesystem::path(options.temperaments);
+          : std::filesystem::path(*options.temperaments);
+  // With a full disk quota the settings cannot be written, which must not be the end.
+  std::signal(SIGXFSZ, SIG_IGN);
   Controller controller({*hardware, defaults, system, temperaments});
   const QuitSignals quitSignals([&controller] { controller.terminate(); });
-  QObject::connect(&application, &QCoreApplication::aboutToQuit, &controller,
-                   &Controller::applicationWillTerminate);
+  running = &controller;
+  QObject::connect(&application, &QCoreApplication::aboutToQuit, finish);
+  std::atexit(finish);
   controller.awakeFromNib();
   return QApplication::exec();
 }

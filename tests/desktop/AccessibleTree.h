@@ -91,7 +91,7 @@ class AccessibleTree {
   Accessible application(const std::string &name) const;
 
   // What programs tell of changes in their objects from the first call on and for so long, such as
-  // "ValueChanged" and "PropertyChange accessible-name".
+  // "PropertyChange accessible-value" and "TextChanged insert".
   std::vector<std::string> eventsWithin(std::chrono::milliseconds time) const;
 
  private:

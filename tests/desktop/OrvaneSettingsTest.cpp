@@ -123,5 +123,16 @@ TEST_P(OrvaneSettingsTest, EveryWayToQuitStoresThem) {
   }
 }
 
+TEST_P(OrvaneSettingsTest, TheLossOfTheDisplayStoresThemToo) {
+  OrvaneProgram program(desktop, tree);
+  ASSERT_TRUE(program.opens()) << program.standardError();
+  program.enter("mReferencePitchText", "445");
+  expectText(program, "mIdealFrequencyText", "445.0Hz");
+  windows.killClient(windows.find(kMainWindow));
+  program.wait();
+  EXPECT_EQ(storedSettings(desktop)["ReferencePitchKey"], "445");
+  EXPECT_EQ(storedSettings(desktop)["org.velmora.TunerMeterKey"], "true");
+}
+
 }  // namespace
 }  // namespace orvane::test

@@ -104,6 +104,11 @@ void Windows::close(WindowId window) const {
   request(window, "_NET_CLOSE_WINDOW", {CurrentTime, kFromTaskBar});
 }
 
+void Windows::killClient(WindowId window) const {
+  XKillClient(mConnection.get(), window);
+  XSync(mConnection.get(), False);
+}
+
 void Windows::minimize(WindowId window) const {
   XIconifyWindow(mConnection.get(), window, DefaultScreen(mConnection.get()));
   XSync(mConnection.get(), False);

@@ -31,6 +31,8 @@ class Windows {
   void activate(WindowId window) const;
   // Asks the program to close it, as the button in its frame does.
   void close(WindowId window) const;
+  // Cuts the connection of the program that the window belongs to.
+  void killClient(WindowId window) const;
   void minimize(WindowId window) const;
   // Places the frame and sizes the content, as another program may.
   void moveResize(WindowId window, const QPoint &frameOrigin, const QSize &contentSize) const;
