@@ -1,7 +1,7 @@
 // Every function of the tuner worked with keys alone.
 #include <gtest/gtest.h>
 
-#include <thread>
+#include <optional>
 
 #include "tests/desktop/OrvaneRig.h"
 
@@ -15,27 +15,27 @@ class OrvaneKeyboardTest : public OrvaneTest {
  protected:
   void SetUp() override {
     OrvaneTest::SetUp();
-    ASSERT_TRUE(program.opens()) << program.standardError();
+    program.emplace(desktop, tree);  // which wants a device to be there
+    ASSERT_TRUE(program->opens()) << program->standardError();
     window = windows.find(kMainWindow);
   }
 
   bool hasFocus(const std::string &control) const {
-    return program.object(control).is(AccessibleState::kFocused);
+    return program->object(control).is(AccessibleState::kFocused);
   }
   void expectFocus(const std::string &control) const {
     EXPECT_TRUE(eventually([&] { return hasFocus(control); }, kPatience)) << control;
   }
   void expectHeight(int height) const {
-    const auto content = [this] { return program.place("mUndisclosedSizeBox").height(); };
     EXPECT_TRUE(eventually([&] { return windows.content(window).height() == height; }, kPatience))
-        << windows.content(window).height() << ", not " << height << ", and " << content();
+        << windows.content(window).height() << ", not " << height;
   }
   void expectWindow(const std::string &title) const {
     EXPECT_TRUE(eventually([&] { return windows.title(windows.active()) == title; }, kPatience))
         << windows.title(windows.active()) << " is active, not " << title;
   }
 
-  OrvaneProgram program{desktop, tree};
+  std::optional<OrvaneProgram> program;
   WindowId window = 0;
 };
 
@@ -52,14 +52,14 @@ TEST_P(OrvaneKeyboardTest, TabGoesThroughAllControlsInReadingOrderAndTheFocusIsS
   expectFocus("mTuningPopUpButton");
   // Without a temperament there is no tonic to choose.
   input.key("Down");
-  expectTitle(program, "mTuningPopUpButton", "Just Intonation");
+  expectTitle(*program, "mTuningPopUpButton", "Just Intonation");
   input.key("Alt+d");
   expectFocus("mDisclosureButton");
   for (const std::string &control : kInReadingOrder) {
-    const QImage before = screen.image(program.place(control));
+    const QImage before = screen.image(program->place(control));
     input.key("Tab");
     expectFocus(control);
-    EXPECT_TRUE(eventually([&] { return screen.image(program.place(control)) != before; }))
+    EXPECT_TRUE(eventually([&] { return screen.image(program->place(control)) != before; }))
         << control;
     keepPicture("focus-" + control);
   }
@@ -109,38 +109,38 @@ TEST_P(OrvaneKeyboardTest, EveryFunctionIsThereForTheKeys) {
   expectFocus("mReferencePitchText");
   input.type("442");  // in place of what was there
   input.key("Return");
-  expectText(program, "mReferencePitchText", "442");
+  expectText(*program, "mReferencePitchText", "442");
   input.key("Tab");
   input.key("Up");
-  expectText(program, "mReferencePitchText", "443");
+  expectText(*program, "mReferencePitchText", "443");
 
   input.key("Alt+t");
   expectFocus("mTuningPopUpButton");
   input.key("space");
   ASSERT_TRUE(eventually([this] {
-    return program.object("mTuningPopUpButton")
+    return program->object("mTuningPopUpButton")
         .findNamed("Kellner", "list item")
         .is(AccessibleState::kShowing);
   }));
   input.key("Down");
   input.key("Down");
   input.key("Return");
-  expectTitle(program, "mTuningPopUpButton", "Kellner");
+  expectTitle(*program, "mTuningPopUpButton", "Kellner");
   input.key("Alt+n");
   input.key("Down");
   input.key("Down");
-  EXPECT_TRUE(eventually([this] { return program.title("mTonicPopUpButton").starts_with("D ("); }))
-      << program.title("mTonicPopUpButton");
+  EXPECT_TRUE(eventually([this] { return program->title("mTonicPopUpButton").starts_with("D ("); }))
+      << program->title("mTonicPopUpButton");
   input.key("Alt+p");
   input.key("Up");
   input.key("Up");
-  expectTitle(program, "mTransposePopUpButton", "-2 (B♭ clarinet)");
-  expectText(program, "mTransposeText", "C = A#/Bb (-2)");
+  expectTitle(*program, "mTransposePopUpButton", "-2 (B♭ clarinet)");
+  expectText(*program, "mTransposeText", "C = A#/Bb (-2)");
   input.key("Alt+v");
   expectFocus("mInputVolumeSlider");
   input.key("Left");
-  EXPECT_TRUE(eventually([this] { return program.value("mInputVolumeSlider") == 99.0; }));
-  expectText(program, "mInputVolumeText", "99");
+  EXPECT_TRUE(eventually([this] { return program->value("mInputVolumeSlider") == 99.0; }));
+  expectText(*program, "mInputVolumeText", "99");
 
   input.key("Ctrl+2");
   expectWindow(kMeterWindow);
@@ -156,15 +156,15 @@ TEST_P(OrvaneKeyboardTest, EveryFunctionIsThereForTheKeys) {
     EXPECT_TRUE(eventually([this] { return windows.find("Orvane Help") == 0; })) << key;
     expectWindow(kMainWindow);
   }
-  ASSERT_TRUE(program.chooseMenu("Orvane", "About Orvane"));
+  ASSERT_TRUE(program->chooseMenu("Orvane", "About Orvane"));
   expectWindow("About Orvane");
   input.key("Escape");
   expectWindow(kMainWindow);
-  ASSERT_TRUE(program.chooseMenu("Speech", "Speak Note Continuously"));
+  ASSERT_TRUE(program->chooseMenu("Speech", "Speak Note Continuously"));
   input.key("Ctrl+f");
 
   input.key("Ctrl+q");
-  EXPECT_EQ(program.wait(), 0);
+  EXPECT_EQ(program->wait(), 0);
   const auto stored = storedSettings(desktop);
   EXPECT_EQ(stored.at("ReferencePitchKey"), "443");
   EXPECT_EQ(stored.at("TuningKey"), "2");
