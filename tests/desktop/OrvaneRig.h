@@ -59,6 +59,10 @@ inline std::string nameOf(const testing::TestParamInfo<PrivateServer::Kind> &kin
 // A desktop without any sound server of its own.
 class DesktopTest : public testing::Test {
  protected:
+  DesktopTest() = default;
+  explicit DesktopTest(const QSize &screenSize)
+      : desktop(screenSize.width(), screenSize.height()) {}
+
   // The colour that a lamp has in its middle.
   Light lamp(const OrvaneProgram &program, const std::string &name) const {
     const QRect place = program.place(name);
