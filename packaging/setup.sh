@@ -46,10 +46,12 @@ quietly() {
   rm -f "$log"
 }
 
-# build PRESET
+# build PRESET [TARGETS…]: everything when no targets are named.
 build() {
-  say "Building ($1)"
-  quietly cmake --preset "$1" && quietly cmake --build --preset "$1"
+  local preset=$1
+  shift
+  say "Building ($preset)"
+  quietly cmake --preset "$preset" && quietly cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
 # run_tests PRESET [CTEST ARGUMENTS…]
