@@ -75,7 +75,8 @@ void DispatcherSpeech::startHelper() {
 
 void DispatcherSpeech::killHelper() {
   mHelper.kill();
-  mHelper.waitForFinished();
+  // Killed, it ends at once.
+  mHelper.waitForFinished(1000);
 }
 
 void DispatcherSpeech::readEvents() {
