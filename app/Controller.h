@@ -216,7 +216,6 @@ class Controller : public QObject, private UpdateLoopDisplay {
   void restoreTuning();
   void loadPictures();
   void restoreDisclosure();
-  void openInput();
   void takeOriginalSize();
   void shrinkToCollapsedLayout();
 

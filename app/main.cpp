@@ -14,6 +14,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QIcon>
+#include <QScopeGuard>
 
 #include "app/Controller.h"
 #include "app/DesktopSystem.h"
@@ -100,6 +101,7 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
   Controller controller({*hardware, defaults, system, temperaments});
   const QuitSignals quitSignals([&controller] { controller.terminate(); });
   running = &controller;
+  const auto forget = qScopeGuard([] { running = nullptr; });
   QObject::connect(&application, &QCoreApplication::aboutToQuit, finish);
   std::atexit(finish);
   controller.awakeFromNib();

@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include <QSignalBlocker>
-#include <QWheelEvent>
 
 namespace orvane {
 
@@ -22,13 +21,6 @@ void AutoResizeSlider::setFloatValue(float value) {
   const auto smallest = static_cast<float>(minimum());
   const auto largest = static_cast<float>(maximum());
   setIntValue(static_cast<int>(std::fmin(std::fmax(value, smallest), largest)));
-}
-
-void AutoResizeSlider::wheelEvent(QWheelEvent *event) {
-  if (hasFocus())
-    Zoomed::wheelEvent(event);
-  else
-    event->ignore();
 }
 
 void AutoResizeSlider::initStyleOption(QStyleOptionSlider *option) const {

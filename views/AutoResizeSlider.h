@@ -26,7 +26,6 @@ class AutoResizeSlider : public Zoomed<QSlider> {
   void action();
 
  protected:
-  void wheelEvent(QWheelEvent *event) override;
   void initStyleOption(QStyleOptionSlider *option) const override;
 };
 

@@ -6,7 +6,6 @@
 #include <QLineEdit>
 #include <QStyleOptionButton>
 #include <QStyleOptionSpinBox>
-#include <QWheelEvent>
 
 namespace orvane {
 
@@ -82,13 +81,6 @@ QPointF AutoResizeStepper::placeInBounds(const QPointF &point) const {
       return style()->subControlRect(QStyle::CC_SpinBox, &option, arrow, this).center();
   }
   return place;
-}
-
-void AutoResizeStepper::wheelEvent(QWheelEvent *event) {
-  if (hasFocus())
-    Zoomed::wheelEvent(event);
-  else
-    event->ignore();
 }
 
 void AutoResizeStepper::initStyleOption(QStyleOptionSpinBox *option) const {

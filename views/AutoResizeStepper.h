@@ -47,7 +47,6 @@ class AutoResizeStepper : public Zoomed<QAbstractSpinBox> {
   StepEnabled stepEnabled() const override;
   QPointF placeInBounds(const QPointF &point) const override;
   void paintEvent(QPaintEvent *event) override;
-  void wheelEvent(QWheelEvent *event) override;
   void initStyleOption(QStyleOptionSpinBox *option) const override;
 
  private:

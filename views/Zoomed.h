@@ -32,6 +32,11 @@ class Zoomed : public Base, public AutoResize {
 
   // Events with a place reach the toolkit's code at that place in original coordinates.
   bool event(QEvent *event) override {
+    // A wheel turned over a control on the way elsewhere must not change a setting.
+    if (event->type() == QEvent::Wheel && !Base::hasFocus()) {
+      event->ignore();
+      return true;
+    }
     const auto place = [this](const QPointF &point) { return placeInBounds(point); };
     const std::unique_ptr<QEvent> moved = movedEvent(*event, place);
     if (!moved)
