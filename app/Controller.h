@@ -218,11 +218,14 @@ class Controller : public QObject, private UpdateLoopDisplay {
   void restoreDisclosure();
   void takeOriginalSize();
   void shrinkToCollapsedLayout();
+  // The window's frame for the layout that disclosed names, at the zoom it has.
+  void takeLayout();
 
   void takeBlocks();
   void grayCentreLamp() override;
   // For assistive programs: the note in one phrase, and what the centre lamp tells by its colour.
   void describeNote(const NoteTexts &texts);
+  void describeDeviation(const LampRow &row);
   void describeCentreLamp(CentreLamp lamp);
   // What the speech flags ask for.
   void speakContinuously();

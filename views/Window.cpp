@@ -1,6 +1,7 @@
 #include "views/Window.h"
 
 #include <chrono>
+#include <cmath>
 
 #include <QCloseEvent>
 #include <QGuiApplication>
@@ -8,14 +9,15 @@
 #include <QScreen>
 #include <QWindow>
 
+#include "views/AspectHint.h"
 #include "views/Coordinates.h"
-#include "views/PointerState.h"
 #include "views/WindowGeometry.h"
 
 namespace orvane {
 namespace {
 
-// Long enough for the window manager's last word on the size, too short to be seen as a pause.
+// Between the state, the size, the place and the decorations of a window that is maximised no
+// longer; they come one by one, in any order.
 constexpr std::chrono::milliseconds kSettled{60};
 
 QRectF flippedOnScreen(const QRectF &rect) {
@@ -25,9 +27,12 @@ QRectF flippedOnScreen(const QRectF &rect) {
 }  // namespace
 
 Window::Window(QWidget *parent) : QMainWindow(parent) {
-  mResizeTimer.setSingleShot(true);
-  mResizeTimer.setInterval(kSettled);
-  connect(&mResizeTimer, &QTimer::timeout, this, &Window::endUserResize);
+  mRestoreTimer.setSingleShot(true);
+  mRestoreTimer.setInterval(kSettled);
+  connect(&mRestoreTimer, &QTimer::timeout, this, &Window::tellRestored);
+  connect(&mDrag, &ResizeDrag::goesOn, this, &Window::keepProportions);
+  connect(&mDrag, &ResizeDrag::released, this, &Window::letGoProportions);
+  connect(&mDrag, &ResizeDrag::ended, this, &Window::endUserResize);
 }
 
 QMargins Window::frameMargins() const {
@@ -42,11 +47,19 @@ int Window::menuBarHeight(int width) const {
   return height >= 0 ? height : bar->sizeHint().height();
 }
 
+QRectF Window::frameAround(const QRect &geometry) const {
+  return flippedOnScreen(QRectF(geometry.marginsAdded(frameMargins())));
+}
+
 QRectF Window::frame() const {
-  return flippedOnScreen(QRectF(geometry().marginsAdded(frameMargins())));
+  return frameAround(geometry());
 }
 
 void Window::setFrame(const QRectF &frame, bool) {
+  if (isSizedByDesktop()) {
+    mSizeAtMissedFrame = size();
+    return;
+  }
   const QRect geometry = flippedOnScreen(frame).toRect().marginsRemoved(frameMargins());
   // Where a window that was never shown or moved stands is for the desktop to say.
   if (!isVisible() && !testAttribute(Qt::WA_Moved) && frame.topLeft() == this->frame().topLeft())
@@ -69,8 +82,14 @@ QRectF Window::frameRectForContentRect(const QRectF &content) const {
   return content.adjusted(-margins.left(), -margins.bottom(), margins.right(), top);
 }
 
+void Window::setLayoutSize(const QSizeF &size) {
+  mLayoutSize = size;
+  if (isSizedByDesktop())
+    placeContent();
+}
+
 QSizeF Window::minSize() const {
-  return frameRectForContentRect(QRectF(QPointF(), mContentMinSize)).size();
+  return frameRectForContentRect(QRectF(QPointF(), layoutSize())).size();
 }
 
 QRectF Window::visibleFrame() const {
@@ -111,8 +130,8 @@ void Window::closeEvent(QCloseEvent *event) {
 
 void Window::hideEvent(QHideEvent *event) {
   QMainWindow::hideEvent(event);
-  mResizeTimer.stop();
-  mFrameBeforeResize.reset();
+  mDrag.cancel();
+  letGoProportions();
   if (mIsClosing) {
     mIsClosing = false;
     emit closed();
@@ -128,6 +147,61 @@ void Window::changeEvent(QEvent *event) {
     emit miniaturized();
   else if (!isMinimized() && was)
     emit deminiaturized();
+  placeContent();
+  // What comes with it is the window manager's size, whatever the mouse does.
+  mDrag.cancel();
+  letGoProportions();
+  if (hasMissedFrame())
+    mRestoreTimer.start();
+}
+
+bool Window::isSizedByDesktop() const {
+  return (windowState() & (Qt::WindowMaximized | Qt::WindowFullScreen)) != 0;
+}
+
+QRect Window::contentPlace() const {
+  const QRect area = rect().adjusted(0, menuBarHeight(width()), 0, 0);
+  if (!isSizedByDesktop() || layoutSize().isEmpty())
+    return area;
+  const QSize size = largestLayoutSize(area.size(), layoutSize()).toSize();
+  return {{(area.width() - size.width()) / 2, area.top()}, size};
+}
+
+void Window::placeContent() {
+  if (centralWidget())
+    centralWidget()->setGeometry(contentPlace());
+}
+
+bool Window::event(QEvent *event) {
+  if (event->type() == QEvent::Polish && centralWidget())
+    centralWidget()->installEventFilter(this);
+  return QMainWindow::event(event);
+}
+
+// The toolkit gives the content the whole area; corrected here, before the content lays itself out
+// for it.
+bool Window::eventFilter(QObject *watched, QEvent *event) {
+  const QWidget *content = centralWidget();
+  const bool isResize = event->type() == QEvent::Resize;
+  if (watched != content || !isSizedByDesktop() || (!isResize && event->type() != QEvent::Move))
+    return QMainWindow::eventFilter(watched, event);
+  if (content->geometry() != contentPlace()) {
+    placeContent();
+    return true;
+  }
+  return isResize && static_cast<QResizeEvent *>(event)->size() != content->size();
+}
+
+bool Window::hasMissedFrame() const {
+  return mSizeAtMissedFrame && !isSizedByDesktop() && !isMinimized() &&
+         size() != *mSizeAtMissedFrame;
+}
+
+void Window::tellRestored() {
+  if (!hasMissedFrame())
+    return;
+  mSizeAtMissedFrame.reset();
+  emit restored();
 }
 
 bool Window::focusNextPrevChild(bool next) {
@@ -148,31 +222,71 @@ bool Window::focusNextPrevChild(bool next) {
 
 void Window::resizeEvent(QResizeEvent *event) {
   QMainWindow::resizeEvent(event);
+  if (hasMissedFrame())
+    mRestoreTimer.start();
   // Spontaneous: not from setFrame.
   if (!event->spontaneous() || !windowWillResize || !event->oldSize().isValid())
     return;
-  if (!mFrameBeforeResize && isMouseButtonDown()) {
-    // The position is not yet the new one.
-    const QRect before(geometry().topLeft(), event->oldSize());
-    mFrameBeforeResize = flippedOnScreen(QRectF(before.marginsAdded(frameMargins())));
+  // The position is not yet the new one.
+  const QRectF before = frameAround(QRect(geometry().topLeft(), event->oldSize()));
+  if (!mDrag.isOn()) {
+    const QRectF pointer = flippedOnScreen(QRectF(QCursor::pos(), QSizeF()));
+    mIsSideDragged = isSideDragged(before, frame().size(), pointer.topLeft());
   }
-  if (mFrameBeforeResize)
-    mResizeTimer.start();
+  mDrag.sizeChanged(before);
+}
+
+bool Window::isPlainDrag() const {
+  return (resizeModifiers() & (Qt::ShiftModifier | Qt::AltModifier)) == 0;
+}
+
+QRectF Window::draggedFrame() const {
+  const QRectF now = frame();
+  const QRectF before = mDrag.frameBefore();
+  if (!mIsSideDragged || !isPlainDrag())
+    return now;
+  const bool isLeftDragged =
+      std::abs(now.left() - before.left()) > std::abs(now.right() - before.right());
+  QRectF dragged(before.topLeft(), QSizeF(now.width(), before.height()));
+  if (isLeftDragged)
+    dragged.moveRight(before.right());
+  return dragged;
+}
+
+QSizeF Window::sizeForDrag(const QSizeF &dragged) {
+  return windowWillResize(
+      *this, isPlainDrag() ? proportionalProposal(mDrag.frameBefore().size(), dragged, minSize())
+                           : dragged);
+}
+
+void Window::keepProportions() {
+  if (!mIsSideDragged || isSizedByDesktop() || !isPlainDrag()) {
+    letGoProportions();
+    return;
+  }
+  const QSizeF size = sizeForDrag(draggedFrame().size()).shrunkBy(frameMargins());
+  // The decorations do not zoom, so that the proportions change a little with the size.
+  const double height = size.width() * mAspectHint.height() / mAspectHint.width();
+  if (!mAspectHint.isEmpty() && std::abs(height - size.height()) < 1.0)
+    return;
+  mAspectHint = size.toSize();
+  setAspectHint(*windowHandle(), mAspectHint);
+}
+
+void Window::letGoProportions() {
+  if (mAspectHint.isEmpty())
+    return;
+  mAspectHint = {};
+  setAspectHint(*windowHandle(), mAspectHint);
 }
 
 void Window::endUserResize() {
-  if (isMouseButtonDown()) {
-    mResizeTimer.start();
+  if (isSizedByDesktop() || isMinimized())
     return;
-  }
-  const QRectF before = *mFrameBeforeResize;
-  mFrameBeforeResize.reset();
-  if (windowState() & (Qt::WindowMaximized | Qt::WindowFullScreen | Qt::WindowMinimized))
-    return;
-  const QRectF after = frame();
-  const QSizeF size = windowWillResize(*this, after.size());
-  if (!size.isEmpty() && size != after.size())
-    setFrame(resizedFrame(before, after, size));
+  const QRectF after = draggedFrame();
+  const QSizeF size = sizeForDrag(after.size());
+  if (!size.isEmpty() && size != frame().size())
+    setFrame(resizedFrame(mDrag.frameBefore(), after, size));
 }
 
 }  // namespace orvane

@@ -6,12 +6,17 @@
 // upwards. The decorations are unknown until the window is shown; until then they count as nothing,
 // so set the content's rectangle then.
 //
-// The window manager resizes, and a program cannot answer it in the middle of a drag: an aspect
-// hint cannot be let go while a key is held, and a size forced meanwhile flickers away from the
-// pointer. So a drag is free, and when the mouse button is up the window takes, once, the size that
-// windowWillResize returns for the one the user left, keeping the edges that were not dragged. Only
-// what happens with a mouse button down counts as the user's: maximising, tiling and the like do
-// not, nor does anything where the pointer of the whole screen cannot be asked (not X11).
+// The window manager resizes, and a program cannot answer it in the middle of a drag: a size forced
+// meanwhile flickers away from the pointer. So a drag is free, and once the mouse button is up the
+// window takes, once, the size that windowWillResize returns for the one the user left, keeping the
+// edges that were not dragged. While the left or the right edge is dragged with no key held, the
+// window manager is told the proportions and keeps them itself; not at a corner or at the other
+// edges, where it goes by the width although the user may mean the height. Only what happens with a
+// mouse button down counts as the user's: tiling and the like do not, nor does anything where the
+// pointer of the whole screen cannot be asked (not X11).
+//
+// Maximised or full screen, the window has the size that the window manager gives it, and the
+// content as much of it as has the layout's proportions.
 //
 // Main thread.
 #pragma once
@@ -24,6 +29,8 @@
 #include <QSizeF>
 #include <QTimer>
 
+#include "views/ResizeDrag.h"
+
 namespace orvane {
 
 class Window : public QMainWindow {
@@ -35,7 +42,8 @@ class Window : public QMainWindow {
   explicit Window(QWidget *parent = nullptr);
 
   QRectF frame() const;
-  // At once, whatever animate says. Rounds to whole units.
+  // At once, whatever animate says. Rounds to whole units. A maximised window stays as it is and
+  // tells with restored that it has missed one.
   void setFrame(const QRectF &frame, bool animate = false);
   QRectF contentRectForFrameRect(const QRectF &frame) const;
   QRectF frameRectForContentRect(const QRectF &content) const;
@@ -43,7 +51,10 @@ class Window : public QMainWindow {
 
   QSizeF contentMinSize() const { return mContentMinSize; }
   void setContentMinSize(const QSizeF &size) { mContentMinSize = size; }
-  // Of the frame around the smallest content.
+  // Of the content in the layout it is in, before any zoom; contentMinSize until it is set.
+  QSizeF layoutSize() const { return mLayoutSize.isEmpty() ? mContentMinSize : mLayoutSize; }
+  void setLayoutSize(const QSizeF &size);
+  // Of the frame around that.
   QSizeF minSize() const;
 
   // The proportions of the content in the layout it is in; empty when there are none.
@@ -61,16 +72,23 @@ class Window : public QMainWindow {
   // Gives the keyboard to a widget of this window, or to the window itself when it is null.
   void makeFirstResponder(QWidget *widget);
 
-  // Returns the frame size the window takes, given the one the user left it with.
+  // Returns the frame size the window takes, given the one the user left it with: with neither
+  // Shift nor Alt that is one of minSize's proportions when a single edge was dragged.
   std::function<QSizeF(Window &window, QSizeF proposed)> windowWillResize;
+  // Of Shift and Alt, what the user holds, or held at the end, while resizing.
+  Qt::KeyboardModifiers resizeModifiers() const { return mDrag.modifiers(); }
 
  signals:
   // The user or the program has closed the window; it is no longer visible.
   void closed();
   void miniaturized();
   void deminiaturized();
+  // The window is maximised no longer, and has missed a setFrame meanwhile.
+  void restored();
 
  protected:
+  bool event(QEvent *event) override;
+  bool eventFilter(QObject *watched, QEvent *event) override;
   void closeEvent(QCloseEvent *event) override;
   void hideEvent(QHideEvent *event) override;
   void changeEvent(QEvent *event) override;
@@ -80,15 +98,33 @@ class Window : public QMainWindow {
 
  private:
   QMargins frameMargins() const;
+  QRectF frameAround(const QRect &geometry) const;
   int menuBarHeight(int width) const;
   void orderFrontWith(bool keyboard);
+  // Maximised or full screen.
+  bool isSizedByDesktop() const;
+  QRect contentPlace() const;
+  void placeContent();
+  bool hasMissedFrame() const;
+  void tellRestored();
+  bool isPlainDrag() const;
+  // What the user has made of the frame. When a side is dragged that is the width alone, whatever
+  // the window manager does to keep the proportions.
+  QRectF draggedFrame() const;
+  QSizeF sizeForDrag(const QSizeF &dragged);
+  void keepProportions();
+  void letGoProportions();
   void endUserResize();
 
   QSizeF mContentMinSize;
+  QSizeF mLayoutSize;
   QSizeF mContentAspectRatio;
   bool mIsClosing = false;
-  QTimer mResizeTimer;
-  std::optional<QRectF> mFrameBeforeResize;  // while the user resizes
+  std::optional<QSize> mSizeAtMissedFrame;
+  QTimer mRestoreTimer;
+  ResizeDrag mDrag;
+  bool mIsSideDragged = false;
+  QSize mAspectHint;  // while a side is dragged
 };
 
 }  // namespace orvane

@@ -48,6 +48,14 @@ QSizeF resizedFrameSize(const QSizeF &proposed, const QSizeF &minimum,
   return minimum * static_cast<double>(horizontal < vertical ? horizontal : vertical);
 }
 
+QSizeF proportionalProposal(const QSizeF &before, const QSizeF &after, const QSizeF &minimum) {
+  if (after.height() == before.height())
+    return {after.width(), after.width() * minimum.height() / minimum.width()};
+  if (after.width() == before.width())
+    return {after.height() * minimum.width() / minimum.height(), after.height()};
+  return after;
+}
+
 QRectF resizedFrame(const QRectF &before, const QRectF &after, const QSizeF &size) {
   const bool isLeftDragged = after.left() != before.left() && after.right() == before.right();
   // With y upwards, what the toolkit calls the bottom is the higher edge.
@@ -55,6 +63,18 @@ QRectF resizedFrame(const QRectF &before, const QRectF &after, const QSizeF &siz
   return {{isLeftDragged ? after.right() - size.width() : after.left(),
            isUpperDragged ? after.top() : after.bottom() - size.height()},
           size};
+}
+
+bool isSideDragged(const QRectF &before, const QSizeF &after, const QPointF &pointer) {
+  constexpr double kCorner = 32.0;
+  return after.width() != before.width() && after.height() == before.height() &&
+         pointer.y() > before.top() + kCorner && pointer.y() < before.bottom() - kCorner;
+}
+
+QSizeF largestLayoutSize(const QSizeF &area, const QSizeF &layout) {
+  if (area.width() * layout.height() <= area.height() * layout.width())
+    return {area.width(), std::floor(area.width() * layout.height() / layout.width())};
+  return {std::floor(area.height() * layout.width() / layout.height()), area.height()};
 }
 
 }  // namespace orvane

@@ -30,8 +30,19 @@ QRectF integralRect(const QRectF &rect);
 QSizeF resizedFrameSize(const QSizeF &proposed, const QSizeF &minimum,
                         Qt::KeyboardModifiers modifiers);
 
+// What the user who dragged a frame of the size before to the size after proposes, when the
+// proportions are to stay minimum's: a single dragged edge brings the other dimension along.
+QSizeF proportionalProposal(const QSizeF &before, const QSizeF &after, const QSizeF &minimum);
+
 // A frame of another size in the place of after, which the user has dragged there from before: an
 // edge that was not dragged stays where it is, else the top and the left one do.
 QRectF resizedFrame(const QRectF &before, const QRectF &after, const QSizeF &size);
+
+// Whether the user who made a frame of the size before one of the size after drags its left or its
+// right edge: a corner and the other two edges are no more than 32 units from the pointer.
+bool isSideDragged(const QRectF &before, const QSizeF &after, const QPointF &pointer);
+
+// The largest size of whole units within area that has layout's proportions.
+QSizeF largestLayoutSize(const QSizeF &area, const QSizeF &layout);
 
 }  // namespace orvane

@@ -3,73 +3,44 @@
 
 #include <thread>
 
-#include "tests/desktop/OrvaneRig.h"
+#include "tests/desktop/MainWindowRig.h"
 
 namespace orvane::test {
 namespace {
 
-// On a recording, since none of it is about sound.
-class OrvaneWindowTest : public DesktopTest {
+class OrvaneWindowTest : public MainWindowTest {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(program.opens()) << program.standardError();
-    window = windows.find(kMainWindow);
-    // The menu bar, which is no part of the layouts.
-    menuHeight = program.application()
-                     .findNamed(kMainWindow, "frame")
-                     .find([](const Accessible &object) { return object.role() == "menu bar"; })
-                     .extents()
-                     .height();
-  }
-
-  QSize content() const { return windows.content(window).size() - QSize(0, menuHeight); }
-
-  void expectContent(const QSize &expected) const {
-    EXPECT_TRUE(eventually([&] { return content() == expected; }, kPatience))
-        << content().width() << "x" << content().height() << ", not " << expected.width() << "x"
-        << expected.height();
-  }
-
   // The corner opposite the dragged one stays. Within what the frame's whole pixels and a pixel of
   // the pointer's way make of it.
   void expectFrame(const QSizeF &expected) const {
-    const auto frame = [this] { return windows.frame(window).size(); };
     const auto isClose = [&] {
-      return windows.frame(window).topLeft() == QPoint(0, 0) &&
+      return frame().topLeft() == QPoint(0, 0) &&
              std::abs(frame().width() - expected.width()) <= 2.0 &&
              std::abs(frame().height() - expected.height()) <= 2.0;
     };
     EXPECT_TRUE(eventually(isClose, kPatience))
         << frame().width() << "x" << frame().height() << ", not " << expected.width() << "x"
-        << expected.height() << ", at " << windows.frame(window).x() << ","
-        << windows.frame(window).y();
+        << expected.height() << ", at " << frame().x() << "," << frame().y();
   }
 
   void dragCorner(int dx, int dy) const {
-    const QPoint corner = windows.frame(window).bottomRight();
+    const QPoint corner = frame().bottomRight();
     input.drag(corner, corner + QPoint(dx, dy));
   }
-
-  static constexpr QSize kFull{420, 444};
-  static constexpr QSize kCollapsed{420, 180};
-
-  OrvaneProgram program{desktop, tree, {"--input", ORVANE_RESOURCES_DIR "/Recording.flac"}};
-  WindowId window = 0;
-  int menuHeight = 0;
 };
 
 TEST_F(OrvaneWindowTest, TheDisclosureTriangleShowsAndHidesTheDetailsAtEveryZoom) {
   expectContent(kFull);
-  const QPoint corner = windows.frame(window).topLeft();
+  const QPoint corner = frame().topLeft();
   EXPECT_TRUE(screen.save("layout-full"));
   program.click("mDisclosureButton");
   expectContent(kCollapsed);
-  EXPECT_EQ(windows.frame(window).topLeft(), corner);
+  EXPECT_EQ(frame().topLeft(), corner);
   EXPECT_FALSE(program.object("mReferencePitchText").is(AccessibleState::kFocused));
   EXPECT_TRUE(screen.save("layout-collapsed"));
   program.click("mDisclosureButton");
   expectContent(kFull);
-  EXPECT_EQ(windows.frame(window).topLeft(), corner);
+  EXPECT_EQ(frame().topLeft(), corner);
   EXPECT_TRUE(program.object("mReferencePitchText").is(AccessibleState::kFocused));
 
   // What is not dragged by the user's hand is left as it is.
@@ -89,17 +60,17 @@ TEST_F(OrvaneWindowTest, TheDisclosureTriangleShowsAndHidesTheDetailsAtEveryZoom
 }
 
 TEST_F(OrvaneWindowTest, ADragAtTheFrameKeepsTheProportionsUnlessAKeySaysOtherwise) {
-  const QPoint title = windows.frame(window).topLeft() + QPoint(kFull.width() / 2, 8);
+  const QPoint title = frame().topLeft() + QPoint(kFull.width() / 2, 8);
   input.drag(title, {kFull.width() / 2, 8});
-  ASSERT_TRUE(eventually([&] { return windows.frame(window).topLeft() == QPoint(0, 0); }));
-  const QSizeF smallest = windows.frame(window).size();
+  ASSERT_TRUE(eventually([&] { return frame().topLeft() == QPoint(0, 0); }));
+  const QSizeF smallest = frame().size();
 
   // The smaller of the two factors counts.
   dragCorner(200, 50);
   expectFrame(smallest * ((smallest.height() + 50) / smallest.height()));
   EXPECT_TRUE(screen.save("layout-dragged"));
 
-  const QSizeF before = windows.frame(window).size();
+  const QSizeF before = frame().size();
   input.hold("Shift");
   dragCorner(60, -20);
   std::this_thread::sleep_for(std::chrono::milliseconds(500));
@@ -108,7 +79,7 @@ TEST_F(OrvaneWindowTest, ADragAtTheFrameKeepsTheProportionsUnlessAKeySaysOtherwi
   EXPECT_TRUE(screen.save("layout-dragged-freely"));
 
   // 1.8 times the smallest height is nearer to twice than to once.
-  const int tall = static_cast<int>(1.8 * smallest.height()) - windows.frame(window).height();
+  const int tall = static_cast<int>(1.8 * smallest.height()) - frame().height();
   input.hold("Alt");
   dragCorner(0, tall);
   expectFrame(2.0 * smallest);

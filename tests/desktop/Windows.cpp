@@ -96,6 +96,19 @@ bool Windows::isMinimized(WindowId window) const {
   return !state.empty() && state.front() == IconicState;
 }
 
+bool Windows::isMaximized(WindowId window) const {
+  const auto states = property(window, "_NET_WM_STATE");
+  const auto has = [&](const char *name) {
+    return std::ranges::count(states, XInternAtom(mConnection.get(), name, False)) == 1;
+  };
+  return has("_NET_WM_STATE_MAXIMIZED_HORZ") && has("_NET_WM_STATE_MAXIMIZED_VERT");
+}
+
+bool Windows::hasAspect(WindowId window) const {
+  const auto hints = property(window, "WM_NORMAL_HINTS");
+  return !hints.empty() && (hints.front() & PAspect) != 0;
+}
+
 void Windows::activate(WindowId window) const {
   request(window, "_NET_ACTIVE_WINDOW", {kFromTaskBar, CurrentTime, 0});
 }
@@ -114,11 +127,23 @@ void Windows::minimize(WindowId window) const {
   XSync(mConnection.get(), False);
 }
 
+void Windows::maximize(WindowId window, bool isOn) const {
+  const auto state = [this](const char *name) {
+    return static_cast<long>(XInternAtom(mConnection.get(), name, False));
+  };
+  request(window, "_NET_WM_STATE",
+          {isOn ? 1 : 0, state("_NET_WM_STATE_MAXIMIZED_HORZ"),
+           state("_NET_WM_STATE_MAXIMIZED_VERT"), kFromTaskBar});
+}
+
+// By the place of the content: a request by the frame's gravity is forgotten by some window
+// managers at the next change of size, and the window jumps by its decorations then.
 void Windows::moveResize(WindowId window, const QPoint &frameOrigin,
                          const QSize &contentSize) const {
   constexpr long kAllFour = 0xF00;
+  const QPoint place = frameOrigin + content(window).topLeft() - frame(window).topLeft();
   request(window, "_NET_MOVERESIZE_WINDOW",
-          {NorthWestGravity | kAllFour | (kFromTaskBar << 12), frameOrigin.x(), frameOrigin.y(),
+          {StaticGravity | kAllFour | (kFromTaskBar << 12), place.x(), place.y(),
            contentSize.width(), contentSize.height()});
 }
 
@@ -137,6 +162,28 @@ void Windows::request(WindowId window, const char *message, const std::vector<lo
   XSendEvent(display, DefaultRootWindow(display), False,
              SubstructureNotifyMask | SubstructureRedirectMask, &event);
   XSync(display, False);
+}
+
+SizeLog::SizeLog(const Desktop &desktop, WindowId window)
+    : mConnection(desktop.connection()), mWindow(window) {
+  XSelectInput(mConnection.get(), mWindow, StructureNotifyMask);
+  XSync(mConnection.get(), False);
+}
+
+SizeLog::~SizeLog() {
+  XSelectInput(mConnection.get(), mWindow, NoEventMask);
+}
+
+std::vector<QSize> SizeLog::take() {
+  XSync(mConnection.get(), False);
+  std::vector<QSize> sizes;
+  XEvent event{};
+  while (XCheckTypedWindowEvent(mConnection.get(), mWindow, ConfigureNotify, &event) != 0) {
+    const QSize size(event.xconfigure.width, event.xconfigure.height);
+    if (sizes.empty() || sizes.back() != size)
+      sizes.push_back(size);
+  }
+  return sizes;
 }
 
 }  // namespace orvane::test

@@ -27,6 +27,9 @@ class Windows {
   QRect content(WindowId window) const;
   QRect frame(WindowId window) const;
   bool isMinimized(WindowId window) const;
+  bool isMaximized(WindowId window) const;
+  // Whether it asks the window manager to keep certain proportions.
+  bool hasAspect(WindowId window) const;
 
   void activate(WindowId window) const;
   // Asks the program to close it, as the button in its frame does.
@@ -34,6 +37,8 @@ class Windows {
   // Cuts the connection of the program that the window belongs to.
   void killClient(WindowId window) const;
   void minimize(WindowId window) const;
+  // Both ways at once.
+  void maximize(WindowId window, bool isOn = true) const;
   // Places the frame and sizes the content, as another program may.
   void moveResize(WindowId window, const QPoint &frameOrigin, const QSize &contentSize) const;
 
@@ -42,6 +47,24 @@ class Windows {
   void request(WindowId window, const char *message, const std::vector<long> &data) const;
 
   XConnection &mConnection;
+};
+
+// Hears every size that a window has from now on. One at a time for a window.
+class SizeLog {
+ public:
+  SizeLog(const Desktop &desktop, WindowId window);
+  ~SizeLog();
+
+  SizeLog(const SizeLog &) = delete;
+  SizeLog &operator=(const SizeLog &) = delete;
+
+  // The sizes of the window without its decorations since the last time, each that differs from the
+  // one before.
+  std::vector<QSize> take();
+
+ private:
+  XConnection &mConnection;
+  const WindowId mWindow;
 };
 
 }  // namespace orvane::test

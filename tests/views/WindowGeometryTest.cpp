@@ -115,5 +115,62 @@ TEST(WindowGeometry, TheEdgesThatWereNotDraggedStay) {
             QRectF(-20.0, 100.0, 600.0, 450.0));
 }
 
+TEST(WindowGeometry, ASingleDraggedEdgeBringsTheOtherDimensionAlong) {
+  struct Case {
+    QSizeF before;
+    QSizeF after;
+    QSizeF proposal;
+  };
+  for (const Case &c : {
+           // The right or the left edge: 600 · 360/480, 240 · 360/480.
+           Case{{480, 360}, {600, 360}, {600, 450}},
+           Case{{480, 360}, {240, 360}, {240, 180}},
+           // The lower or the upper edge: 540 · 480/360, 90 · 480/360.
+           Case{{480, 360}, {480, 540}, {720, 540}},
+           Case{{480, 360}, {480, 90}, {120, 90}},
+           // A free shape takes the proportions by the edge that is dragged.
+           Case{{1000, 90}, {960, 90}, {960, 720}},
+           Case{{1000, 90}, {1000, 720}, {960, 720}},
+           // A corner, and nothing at all.
+           Case{{480, 360}, {600, 370}, {600, 370}},
+           Case{{480, 360}, {480, 360}, {480, 360}},
+       })
+    EXPECT_EQ(proportionalProposal(c.before, c.after, kMinimum), c.proposal)
+        << c.after.width() << "x" << c.after.height();
+}
+
+TEST(WindowGeometry, ASingleDraggedEdgeStaysWhereTheUserLeftIt) {
+  const auto taken = [](const QSizeF &after) {
+    return resizedFrameSize(proportionalProposal(kMinimum, after, kMinimum), kMinimum, {}).toSize();
+  };
+  EXPECT_EQ(taken(QSizeF(720.0, 360.0)), QSize(720, 540));
+  EXPECT_EQ(taken(QSizeF(336.0, 360.0)), QSize(336, 252));
+  EXPECT_EQ(taken(QSizeF(480.0, 1000.0)), QSize(1333, 1000));
+}
+
+TEST(WindowGeometry, ASideIsDraggedWhereThePointerIsFarFromTheCorners) {
+  // Its edges are at 100 and 580, 100 and 460.
+  const QRectF before(100.0, 100.0, 480.0, 360.0);
+  const QSizeF wider(490.0, 360.0);
+  EXPECT_TRUE(isSideDragged(before, wider, QPointF(590.0, 280.0)));
+  EXPECT_TRUE(isSideDragged(before, wider, QPointF(590.0, 133.0)));
+  EXPECT_TRUE(isSideDragged(before, wider, QPointF(590.0, 427.0)));
+  EXPECT_FALSE(isSideDragged(before, wider, QPointF(590.0, 132.0)));
+  EXPECT_FALSE(isSideDragged(before, wider, QPointF(590.0, 428.0)));
+  EXPECT_FALSE(isSideDragged(before, QSizeF(490.0, 361.0), QPointF(590.0, 280.0)));
+  EXPECT_FALSE(isSideDragged(before, QSizeF(480.0, 350.0), QPointF(300.0, 280.0)));
+}
+
+TEST(WindowGeometry, TheLargestLayoutFillsTheWidthOrTheHeight) {
+  const QSizeF layout(420.0, 444.0);
+  // 444 · 840/420
+  EXPECT_EQ(largestLayoutSize(QSizeF(840.0, 1000.0), layout), QSizeF(840.0, 888.0));
+  // 420 · 1000/444 = 945.9
+  EXPECT_EQ(largestLayoutSize(QSizeF(1920.0, 1000.0), layout), QSizeF(945.0, 1000.0));
+  // 180 · 1001/420 = 429
+  EXPECT_EQ(largestLayoutSize(QSizeF(1001.0, 1000.0), QSizeF(420.0, 180.0)), QSizeF(1001.0, 429.0));
+  EXPECT_EQ(largestLayoutSize(QSizeF(210.0, 222.0), layout), QSizeF(210.0, 222.0));
+}
+
 }  // namespace
 }  // namespace orvane::test

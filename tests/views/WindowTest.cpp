@@ -1,8 +1,12 @@
 #include "views/Window.h"
 
+#include <algorithm>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenuBar>
@@ -76,6 +80,104 @@ TEST(Window, HasTheSmallestFrameAroundTheSmallestContentWithoutForcingItOnTheUse
   handleEvents();
   EXPECT_EQ(window.frame().size(), QSizeF(364.0, 204.0));
   EXPECT_EQ(window.minSize().width(), 484.0);
+}
+
+TEST(Window, HasTheSmallestFrameAroundTheLayoutThatIsShown) {
+  ResizeWindow window;
+  window.setContentMinSize(QSizeF(480.0, 333.0));
+  EXPECT_EQ(window.layoutSize(), QSizeF(480.0, 333.0));
+  window.setLayoutSize(QSizeF(480.0, 151.0));
+  EXPECT_EQ(window.minSize(), QSizeF(480.0, 151.0));
+  EXPECT_EQ(window.contentMinSize(), QSizeF(480.0, 333.0));
+  window.orderFront();
+  handleEvents();
+  EXPECT_EQ(window.minSize(), QSizeF(484.0, 155.0));
+}
+
+// A content that remembers what it was laid out for.
+class Content : public QWidget {
+ public:
+  std::vector<QSize> takeSizes() { return std::exchange(mSizes, {}); }
+
+ protected:
+  void resizeEvent(QResizeEvent *event) override { mSizes.push_back(event->size()); }
+
+ private:
+  std::vector<QSize> mSizes;
+};
+
+TEST(Window, ShowsItsLayoutAsLargeAsItCanBeOnAWholeScreen) {
+  for (const Qt::WindowState state : {Qt::WindowMaximized, Qt::WindowFullScreen}) {
+    SCOPED_TRACE(state);
+    Window window;
+    auto *content = new Content;
+    window.setCentralWidget(content);
+    window.setLayoutSize(QSizeF(100.0, 200.0));
+    window.setFrame(QRectF(100.0, 100.0, 300.0, 200.0));
+    window.orderFront();
+    handleEvents();
+    // Of a free shape nothing is left out.
+    EXPECT_EQ(content->geometry(), QRect(0, 0, 300, 200));
+
+    content->takeSizes();
+    window.setWindowState(state);
+    handleEvents();
+    // A square, with or without the borders.
+    const int edge = window.width();
+    ASSERT_TRUE(window.size() == QSize(796, 796) || window.size() == QSize(800, 800)) << edge;
+    EXPECT_EQ(content->geometry(), QRect(edge / 4, 0, edge / 2, edge));
+    const std::vector<QSize> sizes = content->takeSizes();
+    EXPECT_TRUE(std::ranges::all_of(
+        sizes, [](const QSize &size) { return size.height() == 2 * size.width(); }));
+    window.setLayoutSize(QSizeF(400.0, 100.0));
+    EXPECT_EQ(content->geometry(), QRect(0, 0, edge, edge / 4));
+    EXPECT_EQ(window.contentSize(), QSizeF(edge, edge));
+
+    // The toolkit lays the window out anew when its menu bar comes.
+    window.menuBar()->addMenu(QStringLiteral("View"))->addAction(QStringLiteral("Show"));
+    window.setLayoutSize(QSizeF(100.0, 100.0));
+    handleEvents();
+    const int bar = window.menuBar()->height();
+    ASSERT_GT(bar, 10);
+    EXPECT_EQ(content->geometry(), QRect(bar / 2, bar, edge - bar, edge - bar));
+
+    window.setWindowState(Qt::WindowNoState);
+    handleEvents();
+    EXPECT_EQ(content->geometry(), QRect(0, bar, 300, 200 - bar));
+  }
+}
+
+TEST(Window, TellsOfAFrameThatItMissedWhileItWasMaximised) {
+  Window window;
+  window.setLayoutSize(QSizeF(300.0, 200.0));
+  int times = 0;
+  QObject::connect(&window, &Window::restored, [&] {
+    ++times;
+    EXPECT_EQ(window.size(), QSize(300, 200));
+  });
+  const auto becomes = [&](Qt::WindowState state) {
+    window.setWindowState(state);
+    QElapsedTimer clock;
+    for (clock.start(); clock.elapsed() < 150;)
+      QApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 10);
+  };
+  window.setFrame(QRectF(100.0, 100.0, 300.0, 200.0));
+  window.orderFront();
+  becomes(Qt::WindowMaximized);
+  becomes(Qt::WindowNoState);
+  EXPECT_EQ(times, 0);
+
+  becomes(Qt::WindowMaximized);
+  window.setFrame(QRectF(100.0, 100.0, 500.0, 100.0));
+  handleEvents();
+  EXPECT_EQ(window.size(), QSize(796, 796));
+  becomes(Qt::WindowFullScreen);
+  EXPECT_EQ(times, 0);
+  becomes(Qt::WindowNoState);
+  EXPECT_EQ(times, 1);
+  becomes(Qt::WindowMaximized);
+  becomes(Qt::WindowNoState);
+  EXPECT_EQ(times, 1);
 }
 
 TEST(Window, IsCentredOnItsScreen) {
