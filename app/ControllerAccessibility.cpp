@@ -13,6 +13,14 @@ void Controller::describeNote(const NoteTexts &texts) {
   mNoteText->setAccessibleText(QString::fromStdString(phrase));
 }
 
+// Of the needle too, which is told only the rounded cents, and these can lie on a whole cent that
+// the shown text has not reached.
+void Controller::describeDeviation(const LampRow &row) {
+  mLampMeter->setValue(row.cents);
+  mTuningMeterView->setValue(row.cents);
+  describeCentreLamp(row.natural);
+}
+
 void Controller::describeCentreLamp(CentreLamp lamp) {
   switch (lamp) {
     case CentreLamp::Green:

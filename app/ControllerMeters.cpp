@@ -9,7 +9,7 @@
 namespace orvane {
 namespace {
 
-constexpr double kFullScale = 96.0;  // level, in steps of a decibel
+constexpr int kFullScale = 96;  // level, in steps of a decibel
 
 // Seconds on a clock that no setting of the time of day can turn.
 double now() {
@@ -59,8 +59,7 @@ void Controller::updateTunerUI() {
 void Controller::setTuningMeter(float semitones) {
   const LampRow row = lampRow(semitones);
   mNatural->setImage(row.natural == CentreLamp::Green ? mGreen28x28 : mBlue28x28);
-  mLampMeter->setValue(row.cents);
-  describeCentreLamp(row.natural);
+  describeDeviation(row);
 
   const auto light = [this](const auto &lamps, const auto &lit) {
     for (std::size_t i = lamps.size(); i-- > 0;)
@@ -86,7 +85,7 @@ void Controller::setLevelMeter() {
   for (std::size_t i = segments.size(); i-- > 0;)
     mLevels[i]->setImage(picture(segments[i]));
   mLevelText->setStringValue(text(levelText(mLoop.mPeakHold)));
-  mLevelMeter->setValue(static_cast<double>(mDetector.mPeak) - kFullScale);
+  mLevelMeter->setValue(static_cast<int>(mDetector.mPeak) - kFullScale);
 }
 
 const std::shared_ptr<const Picture> &Controller::picture(LevelSegment segment) const {

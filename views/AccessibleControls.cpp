@@ -1,6 +1,9 @@
 #include "views/AccessibleControls.h"
 
+#include <utility>
+
 #include <QAbstractItemView>
+#include <QEvent>
 
 #include "views/AccessibleText.h"
 #include "views/AutoResizeBox.h"
@@ -20,9 +23,54 @@ bool isDecoration(QObject *object) {
          (field != nullptr && field->isDecoration());
 }
 
+// By the window, which is too small to show it.
+bool isCutOff(const QWidget &control) {
+  return control.isVisible() && control.visibleRegion().isEmpty();
+}
+
+QObjectList shownControls(const QWidget &view) {
+  QObjectList controls;
+  for (QObject *child : view.children()) {
+    if (child->isWidgetType() && !isDecoration(child) && !isCutOff(*static_cast<QWidget *>(child)))
+      controls.append(child);
+  }
+  return controls;
+}
+
+// Tells of the controls that come and go with the size of a view.
+class ControlWatch : public QObject {
+ public:
+  explicit ControlWatch(QWidget &view) : mView(view), mShown(shownControls(view)) {
+    view.installEventFilter(this);
+  }
+
+ protected:
+  bool eventFilter(QObject * /*watched*/, QEvent *event) override {
+    // The controls are not laid out yet.
+    if (event->type() == QEvent::Resize || event->type() == QEvent::Show)
+      QMetaObject::invokeMethod(this, &ControlWatch::tell, Qt::QueuedConnection);
+    return false;
+  }
+
+ private:
+  void tell() {
+    const QObjectList before = std::exchange(mShown, shownControls(mView));
+    for (QObject *child : mView.children()) {
+      if (before.contains(child) == mShown.contains(child))
+        continue;
+      QAccessibleEvent event(child, mShown.contains(child) ? QAccessible::ObjectCreated
+                                                           : QAccessible::ObjectDestroyed);
+      QAccessible::updateAccessibility(&event);
+    }
+  }
+
+  QWidget &mView;
+  QObjectList mShown;
+};
+
 class AccessibleContentView : public QAccessibleWidget {
  public:
-  using QAccessibleWidget::QAccessibleWidget;
+  explicit AccessibleContentView(ContentView &view) : QAccessibleWidget(&view), mWatch(view) {}
 
   int childCount() const override { return static_cast<int>(controls().size()); }
   QAccessibleInterface *child(int index) const override {
@@ -33,14 +81,9 @@ class AccessibleContentView : public QAccessibleWidget {
   }
 
  private:
-  QObjectList controls() const {
-    QObjectList controls;
-    for (QObject *child : widget()->children()) {
-      if (child->isWidgetType() && !isDecoration(child))
-        controls.append(child);
-    }
-    return controls;
-  }
+  QObjectList controls() const { return shownControls(*widget()); }
+
+  ControlWatch mWatch;
 };
 
 class AccessibleTextField : public AccessibleText {
@@ -119,7 +162,7 @@ class AccessiblePopUpButton : public AccessibleText {
 
 QAccessibleInterface *accessibleInterface(const QString & /*name*/, QObject *object) {
   if (auto *view = qobject_cast<ContentView *>(object))
-    return new AccessibleContentView(view);
+    return new AccessibleContentView(*view);
   if (auto *button = qobject_cast<AutoResizePopUpButton *>(object))
     return new AccessiblePopUpButton(*button);
   auto *field = qobject_cast<AutoResizeTextField *>(object);

@@ -1,7 +1,6 @@
 #include "views/AccessibleMeter.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include <QAccessibleWidget>
 #include <QVariant>
@@ -27,7 +26,7 @@ class MeterInterface : public QAccessibleWidget, public QAccessibleValueInterfac
     return state;
   }
 
-  QVariant currentValue() const override { return mMeter.value(); }
+  QVariant currentValue() const override { return static_cast<double>(mMeter.value()); }
   void setCurrentValue(const QVariant & /*value*/) override {}
   QVariant minimumValue() const override { return mMeter.minimum(); }
   QVariant maximumValue() const override { return mMeter.maximum(); }
@@ -50,18 +49,19 @@ AccessibleMeter::AccessibleMeter(QWidget &widget, double minimum, double maximum
   QAccessible::installFactory(&accessibleInterface);
 }
 
-double AccessibleMeter::value() const {
-  return std::clamp(mValue, mMinimum, std::max(mMinimum, mMaximum));
+double AccessibleMeter::minimum() const {
+  return std::min(mMinimum, static_cast<double>(mValue));
 }
 
-void AccessibleMeter::setValue(double value) {
-  if (std::isnan(value))
+double AccessibleMeter::maximum() const {
+  return std::max(mMaximum, static_cast<double>(mValue));
+}
+
+void AccessibleMeter::setValue(int value) {
+  if (value == mValue)
     return;
-  const double before = this->value();
-  mValue = std::trunc(value) + 0.0;
-  if (this->value() == before)
-    return;
-  QAccessibleValueChangeEvent event(&mWidget, this->value());
+  mValue = value;
+  QAccessibleValueChangeEvent event(&mWidget, static_cast<double>(value));
   QAccessible::updateAccessibility(&event);
 }
 

@@ -12,15 +12,15 @@ class AccessibleMeter {
   AccessibleMeter &operator=(const AccessibleMeter &) = delete;
   virtual ~AccessibleMeter() = default;
 
-  double minimum() const { return mMinimum; }
+  // What the picture reaches, and as far beyond as the value does.
+  double minimum() const;
   void setMinimum(double minimum) { mMinimum = minimum; }
-  double maximum() const { return mMaximum; }
+  double maximum() const;
   void setMaximum(double maximum) { mMaximum = maximum; }
 
-  // Within the limits, beyond which a meter does not reach.
-  double value() const;
-  // Drops the fraction, and what is not a number; tells assistive programs only of changes.
-  void setValue(double value);
+  int value() const { return mValue; }
+  // Tells assistive programs only of changes.
+  void setValue(int value);
 
  protected:
   // widget must be the same object, and outlive this part of it.
@@ -30,7 +30,7 @@ class AccessibleMeter {
   QWidget &mWidget;
   double mMinimum;
   double mMaximum;
-  double mValue = 0.0;
+  int mValue = 0;
 };
 
 }  // namespace orvane

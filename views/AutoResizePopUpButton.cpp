@@ -1,17 +1,21 @@
 #include "views/AutoResizePopUpButton.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <QAbstractItemView>
+#include <QHelpEvent>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QScreen>
 #include <QSignalBlocker>
 #include <QStandardItemModel>
 #include <QStyleOptionComboBox>
+#include <QToolTip>
 #include <QWheelEvent>
 
 #include "views/AccessibleControls.h"
+#include "views/AccessibleSilence.h"
 
 namespace orvane {
 
@@ -24,12 +28,16 @@ AutoResizePopUpButton::AutoResizePopUpButton(QWidget *parent) : Zoomed(parent) {
 }
 
 void AutoResizePopUpButton::removeAllItems() {
+  tellLater();
+  const AccessibleSilence silence;
   clear();
 }
 
 // The title comes after the item, so that a program's "-" is a title like others.
 void AutoResizePopUpButton::insertItemWithTitle(const QString &title, int index) {
   const int at = std::clamp(index, 0, count());
+  tellLater();
+  const AccessibleSilence silence;
   insertItem(at, QString());
   setItemText(at, title);
 }
@@ -39,7 +47,25 @@ int AutoResizePopUpButton::indexOfItemWithTitle(const QString &title) const {
 }
 
 void AutoResizePopUpButton::selectItemAtIndex(int index) {
+  tellLater();
+  const AccessibleSilence silence;
   setCurrentIndex(index);
+}
+
+// A menu that is filled anew shows several titles on the way to the one it ends with.
+void AutoResizePopUpButton::tellLater() {
+  if (mToldTitle)
+    return;
+  mToldTitle = titleOfSelectedItem();
+  QMetaObject::invokeMethod(this, &AutoResizePopUpButton::tell, Qt::QueuedConnection);
+}
+
+void AutoResizePopUpButton::tell() {
+  const QString before = *std::exchange(mToldTitle, std::nullopt);
+  if (titleOfSelectedItem() == before)
+    return;
+  QAccessibleValueChangeEvent event(this, titleOfSelectedItem());
+  QAccessible::updateAccessibility(&event);
 }
 
 void AutoResizePopUpButton::setToolTipAtIndex(const QString &toolTip, int index) {
@@ -81,15 +107,33 @@ void AutoResizePopUpButton::showPopup() {
   QStyleOptionComboBox option;
   initStyleOption(&option);
   const int width = style()->sizeFromContents(QStyle::CT_ComboBox, &option, widest, this).width();
-  view()->setMinimumWidth(std::min(width, screen()->availableSize().width()));
+  const QMargins frame = view()->parentWidget()->contentsMargins();
+  view()->setMinimumWidth(
+      std::min(width, screen()->availableSize().width() - frame.left() - frame.right()));
   view()->viewport()->installEventFilter(this);
   const QScopedValueRollback opening(mIsOpening, true);
   Zoomed::showPopup();
 }
 
-// What the toolkit remembers of a press is a place on the screen, not one in the button.
 bool AutoResizePopUpButton::event(QEvent *event) {
-  return event->type() == QEvent::MouseButtonPress ? QComboBox::event(event) : Zoomed::event(event);
+  switch (event->type()) {
+    // What the toolkit remembers of a press is a place on the screen, not one in the button.
+    case QEvent::MouseButtonPress:
+      return QComboBox::event(event);
+    case QEvent::ToolTip: {
+      QStyleOptionComboBox option;
+      initStyleOption(&option);
+      if (option.currentText == titleOfSelectedItem())
+        return Zoomed::event(event);
+      // As rich text, which is broken into lines.
+      QToolTip::showText(static_cast<QHelpEvent *>(event)->globalPos(),
+                         QStringLiteral("<qt>%1</qt>").arg(titleOfSelectedItem().toHtmlEscaped()),
+                         this);
+      return true;
+    }
+    default:
+      return Zoomed::event(event);
+  }
 }
 
 // The toolkit's list takes a click on a divider for one on the item the pointer was over before.
@@ -110,6 +154,11 @@ void AutoResizePopUpButton::wheelEvent(QWheelEvent *event) {
 void AutoResizePopUpButton::initStyleOption(QStyleOptionComboBox *option) const {
   QComboBox::initStyleOption(option);
   useBounds(*option);
+  const QRect title =
+      style()->subControlRect(QStyle::CC_ComboBox, option, QStyle::SC_ComboBoxEditField, this);
+  // Styles leave a unit on either side of the title.
+  option->currentText =
+      option->fontMetrics.elidedText(option->currentText, Qt::ElideRight, title.width() - 2);
   if (mIsOpening)
     option->rect = rect();
 }

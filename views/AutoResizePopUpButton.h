@@ -1,5 +1,8 @@
-// A pop-up menu of titles, of which one is selected. Main thread.
+// A pop-up menu of titles, of which one is selected. A title too long for the button ends in "…"
+// there, and the tool tip tells the whole. Main thread.
 #pragma once
+
+#include <optional>
 
 #include <QComboBox>
 
@@ -50,9 +53,14 @@ class AutoResizePopUpButton : public Zoomed<QComboBox> {
 
  private:
   void makeDividers(int first, int last);
+  // Of a change by the program, once it is done: see tell.
+  void tellLater();
+  // Tells assistive programs of the selected title, if it is another one.
+  void tell();
 
   bool mHasDividers = false;
   bool mIsOpening = false;
+  std::optional<QString> mToldTitle;  // while a change by the program has still to be told
 };
 
 }  // namespace orvane

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <locale>
+#include <optional>
 #include <sstream>
 
 #include <QAccessible>
@@ -14,6 +15,7 @@
 #include <QStyleOptionFrame>
 
 #include "views/AccessibleControls.h"
+#include "views/AccessibleSilence.h"
 
 namespace orvane {
 namespace {
@@ -84,16 +86,40 @@ QString AutoResizeTextField::accessibleText() const {
 }
 
 void AutoResizeTextField::setAccessibleText(const QString &text) {
-  if (text == mAccessibleText)
-    return;
-  QAccessibleTextUpdateEvent event(this, 0, accessibleText(), text);
+  const QString before = accessibleText();
   mAccessibleText = text;
-  QAccessible::updateAccessibility(&event);
+  tellChangeFrom(before);
 }
 
 void AutoResizeTextField::setStringValue(const QString &value) {
-  if (value != text())
+  if (value == text())
+    return;
+  if (isEditable()) {
     setText(value);
+    return;
+  }
+  const QString before = accessibleText();
+  {
+    // The toolkit would tell of a cursor, which a label has not, and of signs that are read in
+    // words.
+    const AccessibleSilence silence;
+    setText(value);
+  }
+  tellChangeFrom(before);
+}
+
+void AutoResizeTextField::setVisible(bool visible) {
+  std::optional<AccessibleSilence> silence;
+  if (mIsDecoration)
+    silence.emplace();
+  Zoomed::setVisible(visible);
+}
+
+void AutoResizeTextField::tellChangeFrom(const QString &before) {
+  if (mIsDecoration || accessibleText() == before)
+    return;
+  QAccessibleTextUpdateEvent event(this, 0, before, accessibleText());
+  QAccessible::updateAccessibility(&event);
 }
 
 float AutoResizeTextField::floatValue() const {

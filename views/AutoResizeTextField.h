@@ -38,7 +38,8 @@ class AutoResizeTextField : public Zoomed<QLineEdit> {
   void setAccessibleText(const QString &text);
 
   QString stringValue() const { return text(); }
-  // The text it already shows is not drawn again.
+  // The text it already shows is not drawn again. Assistive programs are told of a change of what
+  // they read, once.
   void setStringValue(const QString &value);
   // The number that the text begins with after white space, else 0. A float is rounded once; a
   // number that is too large reads as infinity, a whole one as the largest.
@@ -48,6 +49,7 @@ class AutoResizeTextField : public Zoomed<QLineEdit> {
   void setFloatValue(float value);
   void setIntValue(int value) { setStringValue(QString::number(value)); }
 
+  void setVisible(bool visible) override;
   QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 
  signals:
@@ -65,6 +67,7 @@ class AutoResizeTextField : public Zoomed<QLineEdit> {
  private:
   void focusBuddy() const;
   void endEditing();
+  void tellChangeFrom(const QString &before);
 
   QString mBuddy;
   QString mAccessibleText;

@@ -41,7 +41,6 @@ QAccessibleInterface *accessibleInterface(const QString & /*name*/, QObject *obj
 DisclosureButton::DisclosureButton(QWidget *parent) : Zoomed(parent) {
   // Installing it again changes nothing.
   QAccessible::installFactory(&accessibleInterface);
-  setAccessibleName(tr("Details"));
   setFocusPolicy(Qt::StrongFocus);
 }
 
@@ -59,19 +58,19 @@ void DisclosureButton::mousePressEvent(QMouseEvent *event) {
   if (event->button() != Qt::LeftButton)
     return;
   mIsTracking = true;
-  mCell.trackMouse(*event, bounds(), *this);
+  event->setAccepted(mCell.trackMouse(*event, bounds(), *this, true));
 }
 
 void DisclosureButton::mouseMoveEvent(QMouseEvent *event) {
   if (mIsTracking)
-    mCell.trackMouse(*event, bounds(), *this);
+    event->setAccepted(mCell.trackMouse(*event, bounds(), *this, true));
 }
 
 void DisclosureButton::mouseReleaseEvent(QMouseEvent *event) {
   if (!mIsTracking || event->button() != Qt::LeftButton)
     return;
   mIsTracking = false;
-  mCell.trackMouse(*event, bounds(), *this);
+  event->setAccepted(mCell.trackMouse(*event, bounds(), *this, true));
 }
 
 void DisclosureButton::keyPressEvent(QKeyEvent *event) {

@@ -41,33 +41,34 @@ void DisclosureButtonCell::toggle(DisclosureButton &controlView) {
 }
 
 void DisclosureButtonCell::drawWithFrame(QPainter &painter, const QRectF &cellFrame,
-                                         const DisclosureButton &controlView) const {
+                                         const DisclosureButton &inView) const {
   static const std::array<std::shared_ptr<const Picture>, 3> pictures = {
       Picture::imageNamed(QStringLiteral("down")), Picture::imageNamed(QStringLiteral("right")),
       Picture::imageNamed(QStringLiteral("middle"))};
   const auto &picture = pictures[middleState ? Middle : mState != 0 ? Down : Right];
   if (picture)
     picture->drawInRect(painter, cellFrame);
-  if (!controlView.showsFirstResponder())
+  if (!inView.showsFirstResponder())
     return;
   painter.save();
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(QPen(controlView.palette().color(QPalette::Highlight), 2.0));
+  painter.setPen(QPen(inView.palette().color(QPalette::Highlight), 2.0));
   painter.setBrush(Qt::NoBrush);
   const double radius = cellFrame.width() * 0.5 - 4.0;
   painter.drawEllipse(QPointF(cellFrame.width() * 0.5, cellFrame.height() * 0.5), radius, radius);
   painter.restore();
 }
 
-void DisclosureButtonCell::trackMouse(const QMouseEvent &event, const QRectF &cellFrame,
-                                      DisclosureButton &ofView) {
-  const bool isOver = isInside(event.position(), cellFrame);
+bool DisclosureButtonCell::trackMouse(const QMouseEvent &event, const QRectF &inRect,
+                                      DisclosureButton &ofView, bool /*untilMouseUp*/) {
+  const bool isOver = isInside(event.position(), inRect);
   const bool isUp = event.type() == QEvent::MouseButtonRelease;
   setMiddleState(isOver && !isUp, ofView);
   if (isUp && isOver) {
     toggle(ofView);
     sendAction(ofView);
   }
+  return true;
 }
 
 void DisclosureButtonCell::cancelTracking(DisclosureButton &controlView) {

@@ -21,11 +21,13 @@ class DisclosureButtonCell {
 
   // The pictures are loaded by the first drawing in the process; one that is missing is left out.
   void drawWithFrame(QPainter &painter, const QRectF &cellFrame,
-                     const DisclosureButton &controlView) const;
+                     const DisclosureButton &inView) const;
 
-  // Takes the next event of a press of the left button. The release ends it: inside the frame it
-  // toggles the state and then sends the action, outside it does nothing.
-  void trackMouse(const QMouseEvent &event, const QRectF &cellFrame, DisclosureButton &ofView);
+  // Takes the next event of a press of the left button. The release ends it: inside inRect it
+  // toggles the state and then sends the action, outside it does nothing. A press is followed to
+  // its release whatever untilMouseUp says. Always true: the event is dealt with.
+  bool trackMouse(const QMouseEvent &event, const QRectF &inRect, DisclosureButton &ofView,
+                  bool untilMouseUp);
   // Ends a press whose release will not come.
   void cancelTracking(DisclosureButton &controlView);
 

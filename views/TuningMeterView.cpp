@@ -25,7 +25,6 @@ void TuningMeterView::setCent(float cent) {
   if (cent == mCent)
     return;
   mCent = cent;
-  setValue(static_cast<double>(cent));
   update();
 }
 

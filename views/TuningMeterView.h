@@ -20,7 +20,7 @@ class TuningMeterView : public QWidget, public AccessibleMeter {
   explicit TuningMeterView(QWidget *parent = nullptr);
 
   // The deviation in cents. Redraws only when it differs from the one shown; not a number always
-  // differs.
+  // differs. What assistive programs read is setValue's.
   void setCent(float cent);
 
  protected:

@@ -37,6 +37,9 @@ class Zoomed : public Base, public AutoResize {
       event->ignore();
       return true;
     }
+    // A key must not act on what the window is too small to show.
+    if (event->type() == QEvent::Shortcut && Base::visibleRegion().isEmpty())
+      return true;
     const auto place = [this](const QPointF &point) { return placeInBounds(point); };
     const std::unique_ptr<QEvent> moved = movedEvent(*event, place);
     if (!moved)

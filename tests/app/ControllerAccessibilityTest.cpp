@@ -1,9 +1,10 @@
 // What the tuner hands to assistive programs, and when it tells them of changes.
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <cmath>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <QAccessible>
@@ -37,6 +38,7 @@ class ControllerAccessibilityTest : public testing::Test {
   static double value(QObject *object) {
     return interface(object).valueInterface()->currentValue().toDouble();
   }
+  int shownCents() const { return tuner.mCentText->intValue(); }
   std::string centreLamp() const {
     return interface(tuner.mLampMeter).text(QAccessible::Description).toStdString();
   }
@@ -55,7 +57,7 @@ TEST_F(ControllerAccessibilityTest, TheNoteIsOnePhraseWithTheAccidentalInWords) 
   EXPECT_EQ(text(tuner.mNoteText), "F sharp 3");
 }
 
-TEST_F(ControllerAccessibilityTest, TheLampsAndTheNeedleAreMetersThatEndAtFiftyCents) {
+TEST_F(ControllerAccessibilityTest, TheLampsAndTheNeedleAreMetersOfFiftyCentsToEachSide) {
   for (QObject *meter :
        {static_cast<QObject *>(tuner.mLampMeter), static_cast<QObject *>(tuner.mTuningMeterView)}) {
     EXPECT_EQ(interface(meter).valueInterface()->minimumValue(), -50.0);
@@ -66,12 +68,57 @@ TEST_F(ControllerAccessibilityTest, TheLampsAndTheNeedleAreMetersThatEndAtFiftyC
   EXPECT_EQ(value(tuner.mLampMeter), 23.0);
   EXPECT_EQ(value(tuner.mTuningMeterView), 23.0);
   EXPECT_EQ(centreLamp(), "Out of tune");
-  tuner.setTuningMeter(-0.61F);
-  tuner.mTuningMeterView->setCent(-61.0F);
-  EXPECT_EQ(value(tuner.mLampMeter), -50.0);
-  EXPECT_EQ(value(tuner.mTuningMeterView), -50.0);
-  tuner.mTuningMeterView->setCent(std::numeric_limits<float>::quiet_NaN());
-  EXPECT_EQ(value(tuner.mTuningMeterView), -50.0);
+}
+
+TEST_F(ControllerAccessibilityTest, ADeviationBeyondTheLampsIsReadAsItIsAndMovesTheLimit) {
+  tuner.setTuningMeter(-0.615F);
+  EXPECT_EQ(shownCents(), -61);
+  EXPECT_EQ(value(tuner.mLampMeter), -61.0);
+  EXPECT_EQ(value(tuner.mTuningMeterView), -61.0);
+  EXPECT_EQ(interface(tuner.mLampMeter).valueInterface()->minimumValue(), -61.0);
+  EXPECT_EQ(interface(tuner.mLampMeter).valueInterface()->maximumValue(), 50.0);
+}
+
+// Of the single-precision numbers next to a whole cent, a hundred times which is that cent, some
+// have not reached it: 0.03F lies below 0.03, 0.09F above 0.09.
+TEST_F(ControllerAccessibilityTest, TheLampsAndTheNeedleAreReadAsTheCentsThatAreShown) {
+  const std::vector<std::pair<float, int>> deviations = {
+      {0.0F, 0},         {0.00999F, 0},       {-0.005F, 0},        {0.02F, 1},
+      {0.03F, 2},        {0.030000001F, 3},   {0.06F, 5},          {0.060000002F, 6},
+      {0.089999996F, 8}, {0.09F, 9},          {0.11F, 10},         {0.115F, 11},
+      {0.12F, 11},       {0.120000005F, 12},  {0.17999999F, 17},   {0.18F, 18},
+      {0.21F, 20},       {0.32999998F, 32},   {0.33F, 33},         {0.36F, 36},
+      {0.45F, 44},       {0.48F, 47},         {0.49999997F, 49},   {0.5F, 50},
+      {0.65999997F, 65}, {-0.03F, -2},        {-0.030000001F, -3}, {-0.089999996F, -8},
+      {-0.11F, -10},     {-0.32999998F, -32}, {-0.48F, -47},       {-0.5F, -50},
+  };
+  for (const auto &[deviation, cents] : deviations) {
+    tuner.setTuningMeter(deviation);
+    tuner.mTuningMeterView->setCent(deviation * 100.0F);
+    EXPECT_EQ(shownCents(), cents) << deviation;
+    EXPECT_EQ(value(tuner.mLampMeter), cents) << deviation;
+    EXPECT_EQ(value(tuner.mTuningMeterView), cents) << deviation;
+  }
+  for (float deviation = -0.6F; deviation < 0.6F;
+       deviation = std::nextafter(deviation + 1e-4F, 1.0F)) {
+    tuner.setTuningMeter(deviation);
+    tuner.mTuningMeterView->setCent(deviation * 100.0F);
+    ASSERT_EQ(value(tuner.mLampMeter), shownCents()) << deviation;
+    ASSERT_EQ(value(tuner.mTuningMeterView), shownCents()) << deviation;
+  }
+}
+
+TEST_F(ControllerAccessibilityTest, AMeterCannotBeSetAndTakesNoFocus) {
+  const std::vector<QObject *> meters = {tuner.mLampMeter, tuner.mLevelMeter,
+                                         tuner.mTuningMeterView};
+  for (QObject *meter : meters) {
+    EXPECT_FALSE(interface(meter).state().focusable);
+    EXPECT_TRUE(interface(meter).state().readOnly);
+    EXPECT_EQ(interface(meter).actionInterface()->actionNames(), QStringList());
+    const double before = value(meter);
+    interface(meter).valueInterface()->setCurrentValue(20.0);
+    EXPECT_EQ(value(meter), before);
+  }
 }
 
 TEST_F(ControllerAccessibilityTest, TheCentreLampIsToldInWords) {
@@ -126,6 +173,30 @@ TEST_F(ControllerAccessibilityTest, PicturesAndSignsAreNotInTheTree) {
   for (const QObject *object : found)
     EXPECT_FALSE(nameOf(const_cast<QObject *>(object)).empty())
         << object->objectName().toStdString();
+}
+
+TEST_F(ControllerAccessibilityTest, WhatTheWindowIsTooSmallToShowIsNotInTheTree) {
+  QAccessibleInterface &content = interface(tuner.mContentView);
+  const auto isThere = [&](QObject *object) {
+    return content.indexOfChild(&interface(object)) >= 0;
+  };
+  const int all = content.childCount();
+  const auto resize = [&](int lower) {
+    tuner.mWindow->resize(tuner.mWindow->width(), tuner.mWindow->height() - lower);
+    QApplication::processEvents();
+  };
+  // Down to a content of 300, through the list of the temperaments' label and control.
+  resize(144);
+  EXPECT_TRUE(isThere(tuner.mNoteText));
+  EXPECT_TRUE(isThere(tuner.mReferencePitchText));
+  EXPECT_TRUE(isThere(tuner.mTuningPopUpButton)) << "its upper pixels are seen";
+  EXPECT_TRUE(isThere(tuner.mLevelMeter));
+  EXPECT_FALSE(isThere(tuner.mTonicPopUpButton));
+  EXPECT_FALSE(isThere(tuner.openSoundPreferencesButton));
+  EXPECT_FALSE(isThere(tuner.mLevelText));
+  resize(-144);
+  EXPECT_TRUE(isThere(tuner.mTonicPopUpButton));
+  EXPECT_EQ(content.childCount(), all);
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <set>
 #include <sstream>
+#include <utility>
 
 #include <QMenu>
 #include <QMenuBar>
@@ -173,9 +175,15 @@ TEST_F(ControllerSpeechTest, TicksTheMenuItemsOfWhatIsSwitchedOn) {
 TEST_F(ControllerSpeechTest, SaysExactlyTheTextOfEveryShownState) {
   std::ifstream table(ORVANE_SPOKEN_TEXTS);
   std::size_t states = 0;
+  // The temperaments by their places in the menu.
+  std::set<std::pair<int, QString>> unsaid;
+  for (int item = 2; item < tuner.mTuningPopUpButton->numberOfItems(); ++item)
+    unsaid.emplace(item, tuner.mTuningPopUpButton->itemTitleAtIndex(item));
+  ASSERT_FALSE(unsaid.empty());
   for (std::string line; std::getline(table, line); ++states) {
     const QStringList column = QString::fromStdString(line).split(QLatin1Char('\t'));
     ASSERT_EQ(column.size(), 17) << line;
+    unsaid.erase({column[7].toInt(), column[8]});
     tuner.mNoteText->setStringValue(column[0]);
     tuner.mAccidentalText->setStringValue(column[1]);
     tuner.mOctaveText->setStringValue(column[2]);
@@ -216,6 +224,7 @@ TEST_F(ControllerSpeechTest, SaysExactlyTheTextOfEveryShownState) {
     EXPECT_EQ(spokenCount(), (states + 1) * 5);
   }
   EXPECT_EQ(states, 3U * 23U * 12U);
+  EXPECT_EQ(unsaid.size(), 0U);
 }
 
 }  // namespace

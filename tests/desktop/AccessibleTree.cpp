@@ -233,23 +233,29 @@ std::vector<Accessible> AccessibleTree::applications() const {
   return Accessible(mConnection, "org.a11y.atspi.Registry", kRoot).children();
 }
 
-std::vector<std::string> AccessibleTree::eventsWithin(std::chrono::milliseconds time) const {
+std::vector<AccessibleTree::Event> AccessibleTree::eventsWithin(
+    std::chrono::milliseconds time) const {
   // Programs tell nothing that nobody has asked for.
   held(g_dbus_connection_call_sync(mConnection.get(), "org.a11y.atspi.Registry",
                                    "/org/a11y/atspi/registry", "org.a11y.atspi.Registry",
                                    "RegisterEvent", g_variant_new("(s)", "object:"), nullptr,
                                    G_DBUS_CALL_FLAGS_NONE, kLongestCall, nullptr, nullptr));
-  std::vector<std::string> events;
-  const auto keep = [](GDBusConnection *, const gchar *, const gchar *, const gchar *,
-                       const gchar *member, GVariant *arguments, gpointer list) {
-    std::string event = member;
+  std::vector<Event> events;
+  struct Listener {
+    const std::shared_ptr<GDBusConnection> &connection;
+    std::vector<Event> &events;
+  } listener{mConnection, events};
+  const auto keep = [](GDBusConnection *, const gchar *sender, const gchar *path, const gchar *,
+                       const gchar *member, GVariant *arguments, gpointer data) {
+    std::string kind = member;
     if (const std::string detail = textAt(arguments, 0); !detail.empty())
-      event += " " + detail;
-    static_cast<std::vector<std::string> *>(list)->push_back(event);
+      kind += " " + detail;
+    const auto &mine = *static_cast<Listener *>(data);
+    mine.events.push_back({Accessible(mine.connection, sender, path), kind});
   };
   const guint subscription = g_dbus_connection_signal_subscribe(
       mConnection.get(), nullptr, "org.a11y.atspi.Event.Object", nullptr, nullptr, nullptr,
-      G_DBUS_SIGNAL_FLAGS_NONE, keep, &events, nullptr);
+      G_DBUS_SIGNAL_FLAGS_NONE, keep, &listener, nullptr);
   const auto end = std::chrono::steady_clock::now() + time;
   while (std::chrono::steady_clock::now() < end) {
     if (!g_main_context_iteration(nullptr, FALSE))

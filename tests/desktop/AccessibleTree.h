@@ -90,9 +90,12 @@ class AccessibleTree {
   // Nothing when none of that name is there (yet).
   Accessible application(const std::string &name) const;
 
-  // What programs tell of changes in their objects from the first call on and for so long, such as
-  // "PropertyChange accessible-value" and "TextChanged insert".
-  std::vector<std::string> eventsWithin(std::chrono::milliseconds time) const;
+  struct Event {
+    Accessible source;
+    std::string kind;  // such as "PropertyChange accessible-value" and "TextChanged insert"
+  };
+  // What programs tell of changes in their objects from the first call on and for so long.
+  std::vector<Event> eventsWithin(std::chrono::milliseconds time) const;
 
  private:
   std::shared_ptr<GDBusConnection> mConnection;

@@ -65,10 +65,15 @@ OrvaneProgram::OrvaneProgram(const Desktop &desktop, const AccessibleTree &tree,
 }
 
 bool OrvaneProgram::opens() const {
-  return eventually([this] {
+  const auto knowsItsDevice = [this] {
+    // Collapsed, the window does not show it.
+    const Accessible device = object("mInputDevicePopUpButton");
+    return !device.exists() || !device.text().empty();
+  };
+  return eventually([&] {
     const WindowId window = mWindows.find(kMainWindow);
     return window != 0 && window == mWindows.active() && !text("mNoteText").empty() &&
-           !title("mInputDevicePopUpButton").empty();
+           knowsItsDevice();
   });
 }
 

@@ -125,6 +125,32 @@ TEST_F(DispatcherSpeechTest, WaitsForTheEndThatATextShouldHaveButNotMuchLonger) 
   }
 }
 
+TEST_F(DispatcherSpeechTest, NeitherCutsOffNorOverlapsATextOfHalfAMinute) {
+  const std::string text = std::string(kReport) + std::string(kReport).substr(0, 120);
+  EXPECT_GT(DispatcherSpeech::expectedDuration(text).count(), 27.0);
+  EXPECT_LT(DispatcherSpeech::expectedDuration(text).count(), 33.0);
+  ASSERT_TRUE(service.start("ok:30"));
+  offer(text);
+  ASSERT_TRUE(runUntil([this] { return service.texts().size() == 1; }));
+  const auto begun = Clock::now();
+  ASSERT_TRUE(offerUntil(2, seconds(40)));
+  EXPECT_GT(secondsSince(begun), 29.9);
+  EXPECT_LT(secondsSince(begun), 31.0);
+  EXPECT_EQ(service.texts(), (std::vector<std::string>{'"' + text + '"', kShortLogged}));
+}
+
+TEST_F(DispatcherSpeechTest, SpeaksAgainThreeSecondsAfterAReportShouldHaveEnded) {
+  ASSERT_TRUE(service.start("noend"));
+  offer(kReport);
+  ASSERT_TRUE(runUntil([this] { return service.texts().size() == 1; }));
+  const auto begun = Clock::now();
+  ASSERT_TRUE(offerUntil(2, seconds(40)));
+  // A voice takes 16.7 s for it; another program has to be started first.
+  EXPECT_GT(secondsSince(begun), 16.7);
+  EXPECT_LT(secondsSince(begun), DispatcherSpeech::expectedDuration(kReport).count() + 3.0 + 0.5);
+  RecordProperty("speaks again after milliseconds", static_cast<int>(1e3 * secondsSince(begun)));
+}
+
 TEST_F(DispatcherSpeechTest, NeverWaitsForAHungServiceAndSpeaksWhenItIsBack) {
   ASSERT_TRUE(service.start("ok"));
   offer("before");

@@ -1,15 +1,16 @@
 #!/usr/bin/env python3
-"""A speech service that says nothing: fake_speech_service.py SOCKET LOG ok|noend|stuck|die
+"""A speech service that says nothing: fake_speech_service.py SOCKET LOG ok[:SECONDS]|noend|stuck|die
 
 Answers a client of speech-dispatcher's protocol and writes every text it is given to LOG, one line
-each, as JSON. "ok" reports the beginning of a text and, 0.3 s later, its end; "stuck" the beginning
-only; "noend" nothing; "die" ends with the first text, which it has written."""
+each, as JSON. "ok" reports the beginning of a text and, 0.3 s or so many seconds later, its end, or
+writes "CUT" when the client does anything before; "stuck" reports the beginning only; "noend"
+nothing; "die" ends with the first text, which it has written."""
 import json
 import os
+import select
 import socket
 import sys
 import threading
-import time
 
 ANSWERS = [
     ("SPEAK", ["230 OK RECEIVING DATA"]),
@@ -26,7 +27,8 @@ ANSWERS = [
 
 class Client:
     def __init__(self, connection, log, mode):
-        self.connection, self.log, self.mode = connection, log, mode
+        self.connection, self.log = connection, log
+        self.mode, _, self.length = mode.partition(":")
         self.lock = threading.Lock()
         self.messages = 0
 
@@ -50,7 +52,8 @@ class Client:
         if self.mode != "noend":
             self.event(701, "BEGIN")
         if self.mode == "ok":
-            time.sleep(0.3)
+            if select.select([self.connection], [], [], float(self.length or 0.3))[0]:
+                self.log.write('"CUT"\n')
             self.event(702, "END")
 
     def serve(self):

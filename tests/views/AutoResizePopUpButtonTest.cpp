@@ -3,7 +3,10 @@
 #include <vector>
 
 #include <QAbstractItemView>
+#include <QHelpEvent>
 #include <QStandardItemModel>
+#include <QTextDocumentFragment>
+#include <QToolTip>
 
 #include "tests/views/ZoomRig.h"
 
@@ -171,6 +174,48 @@ TEST_F(AutoResizePopUpButtonTest, MakesItsListWideEnoughForItsTitles) {
     EXPECT_GE(mPopUp->view()->viewport()->width(), QFontMetrics(font).horizontalAdvance(title));
     mPopUp->hidePopup();
   }
+}
+
+TEST_F(AutoResizePopUpButtonTest, EndsATitleThatIsTooLongForItAfterAWholeLetter) {
+  const QString title = QStringLiteral("Built-in Audio Analog Stereo");
+  mPopUp->addItemWithTitle(title);
+  ZoomRig<AutoResizePopUpButton> shortened{QRect(20, 40, 120, 26)};
+  shortened->setFontPixelSize(13);
+  for (const double zoom : kZooms) {
+    SCOPED_TRACE(zoom);
+    mPopUp.zoomTo(zoom);
+    shortened.zoomTo(zoom);
+    mPopUp->selectItemAtIndex(5);
+    mPopUp->clearFocus();
+    const QImage look = mPopUp->grab().toImage();
+    int letters = 0;
+    do {
+      shortened->removeAllItems();
+      shortened->addItemWithTitle(title.left(++letters).trimmed() + QStringLiteral("…"));
+      shortened->clearFocus();
+    } while (shortened->grab().toImage() != look && letters < title.size());
+    // 120 units less the arrow hold some twelve letters of 13 units.
+    EXPECT_GE(letters, 8);
+    EXPECT_LE(letters, 20);
+    EXPECT_EQ(mPopUp->titleOfSelectedItem(), title);
+  }
+}
+
+TEST_F(AutoResizePopUpButtonTest, TellsATitleThatIsTooLongForItInItsToolTip) {
+  const auto toolTip = [this] {
+    QToolTip::hideText();
+    QHelpEvent event(QEvent::ToolTip, QPoint(5, 5), mPopUp->mapToGlobal(QPoint(5, 5)));
+    QApplication::sendEvent(&*mPopUp, &event);
+    return QTextDocumentFragment::fromHtml(QToolTip::text()).toPlainText();
+  };
+  mPopUp->setToolTip(QStringLiteral("The tuning"));
+  EXPECT_EQ(toolTip(), QStringLiteral("The tuning"));
+  const QString title = QStringLiteral("Line 1 & 2 <i>of the interface</i> under the desk");
+  mPopUp->addItemWithTitle(title);
+  mPopUp->selectItemAtIndex(5);
+  EXPECT_EQ(toolTip(), title);
+  mPopUp->selectItemAtIndex(1);
+  EXPECT_EQ(toolTip(), QStringLiteral("The tuning"));
 }
 
 TEST_F(AutoResizePopUpButtonTest, IgnoresTheWheel) {
