@@ -17,6 +17,7 @@
 #include <QScopeGuard>
 
 #include "app/Controller.h"
+#include "app/DesktopColours.h"
 #include "app/DesktopSystem.h"
 #include "app/QuitSignals.h"
 #include "audio/PulseAudioHardware.h"
@@ -82,6 +83,7 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
   QCoreApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
   QApplication application(argc, argv);
   QApplication::setStyle(QStringLiteral("Fusion"));
+  const DesktopColours colours;
   // The controller decides when the last window was closed.
   QApplication::setQuitOnLastWindowClosed(false);
   QDir::setSearchPaths(QStringLiteral("resources"), {resourceFolder()});
