@@ -23,9 +23,9 @@ bool isDecoration(QObject *object) {
          (field != nullptr && field->isDecoration());
 }
 
-// By the window, which is too small to show it.
+// By the view, which is too small to show it; a window may still be growing to the view's size.
 bool isCutOff(const QWidget &control) {
-  return control.isVisible() && control.visibleRegion().isEmpty();
+  return control.isVisible() && !control.parentWidget()->rect().intersects(control.geometry());
 }
 
 QObjectList shownControls(const QWidget &view) {

@@ -1,16 +1,21 @@
 #include "views/Window.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <utility>
 
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QMenuBar>
 #include <QScreen>
+#include <QStyle>
 #include <QWindow>
 
 #include "views/AspectHint.h"
 #include "views/Coordinates.h"
+#include "views/PointerState.h"
+#include "views/WindowBackground.h"
 #include "views/WindowGeometry.h"
 
 namespace orvane {
@@ -19,6 +24,7 @@ namespace {
 // Between the state, the size, the place and the decorations of a window that is maximised no
 // longer; they come one by one, in any order.
 constexpr std::chrono::milliseconds kSettled{60};
+constexpr std::chrono::milliseconds kBetweenLooks{30};
 
 QRectF flippedOnScreen(const QRectF &rect) {
   return flipped(rect, QGuiApplication::primaryScreen()->geometry().height());
@@ -30,6 +36,10 @@ Window::Window(QWidget *parent) : QMainWindow(parent) {
   mRestoreTimer.setSingleShot(true);
   mRestoreTimer.setInterval(kSettled);
   connect(&mRestoreTimer, &QTimer::timeout, this, &Window::tellRestored);
+  connect(&mAnimation, &HeightAnimation::goesOn, this, &Window::takeHeight);
+  connect(&mAnimation, &HeightAnimation::ended, this, &Window::endAnimationAtOnce);
+  mHeldTimer.setInterval(kBetweenLooks);
+  connect(&mHeldTimer, &QTimer::timeout, this, &Window::lookWhetherHeld);
   connect(&mDrag, &ResizeDrag::goesOn, this, &Window::keepProportions);
   connect(&mDrag, &ResizeDrag::released, this, &Window::letGoProportions);
   connect(&mDrag, &ResizeDrag::ended, this, &Window::endUserResize);
@@ -52,20 +62,55 @@ QRectF Window::frameAround(const QRect &geometry) const {
 }
 
 QRectF Window::frame() const {
-  return frameAround(geometry());
+  QRect place = geometry();
+  if (mAnimation.isOn())
+    place.setHeight(mAnimation.target());
+  return frameAround(place);
 }
 
-void Window::setFrame(const QRectF &frame, bool) {
+void Window::setFrame(const QRectF &frame, bool animate) {
   if (isSizedByDesktop()) {
     mSizeAtMissedFrame = size();
     return;
   }
+  const bool wasAnimated = mAnimation.isOn();
+  mAnimation.stop();
+  mHeldTimer.stop();
   const QRect geometry = flippedOnScreen(frame).toRect().marginsRemoved(frameMargins());
+  const int duration = animate ? animationDuration() : 0;
+  if (duration > 0 && geometry.height() != height()) {
+    mAnimation.start(*windowHandle(), height(), geometry.height(), duration);
+    setGeometry({geometry.topLeft(), QSize(geometry.width(), height())});
+    placeContent();
+    return;
+  }
+  if (wasAnimated)
+    mAnimation.ask(geometry.height());
   // Where a window that was never shown or moved stands is for the desktop to say.
   if (!isVisible() && !testAttribute(Qt::WA_Moved) && frame.topLeft() == this->frame().topLeft())
     resize(geometry.size());
   else
     setGeometry(geometry);
+  placeContent();
+}
+
+int Window::animationDuration() const {
+  const bool isSeen =
+      isVisible() && !isMinimized() && windowHandle() != nullptr && windowHandle()->isExposed();
+  return isSeen && !QGuiApplication::platformName().startsWith(QLatin1String("wayland"))
+             ? style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this)
+             : 0;
+}
+
+void Window::takeHeight(int height) {
+  mAnimation.ask(height);
+  resize(width(), height);
+}
+
+void Window::endAnimationAtOnce() {
+  mAnimation.stop();
+  takeHeight(mAnimation.target());
+  placeContent();
 }
 
 // In these two the margins stand upside down, as the rectangles do.
@@ -128,8 +173,20 @@ void Window::closeEvent(QCloseEvent *event) {
   mIsClosing = event->isAccepted() && isVisible();
 }
 
+void Window::showEvent(QShowEvent *event) {
+  QMainWindow::showEvent(event);
+  if (mAnimation.isOn())
+    holdAnimation();
+  setWindowBackground(*windowHandle(), palette().color(QPalette::Window));
+}
+
 void Window::hideEvent(QHideEvent *event) {
   QMainWindow::hideEvent(event);
+  // The desktop minimises it, and a new size meanwhile would bring it back.
+  if (mAnimation.isOn() && event->spontaneous())
+    holdAnimation();
+  else if (mAnimation.isOn())
+    endAnimationAtOnce();
   mDrag.cancel();
   letGoProportions();
   if (mIsClosing) {
@@ -140,6 +197,8 @@ void Window::hideEvent(QHideEvent *event) {
 
 void Window::changeEvent(QEvent *event) {
   QMainWindow::changeEvent(event);
+  if (event->type() == QEvent::PaletteChange && isVisible())
+    setWindowBackground(*windowHandle(), palette().color(QPalette::Window));
   if (event->type() != QEvent::WindowStateChange)
     return;
   const bool was = static_cast<QWindowStateChangeEvent *>(event)->oldState() & Qt::WindowMinimized;
@@ -147,6 +206,12 @@ void Window::changeEvent(QEvent *event) {
     emit miniaturized();
   else if (!isMinimized() && was)
     emit deminiaturized();
+  if (mAnimation.isOn() && isSizedByDesktop()) {
+    mAnimation.forget();
+    mSizeAtMissedFrame = size();
+  } else if (mAnimation.isOn()) {
+    holdAnimation();
+  }
   placeContent();
   // What comes with it is the window manager's size, whatever the mouse does.
   mDrag.cancel();
@@ -160,7 +225,10 @@ bool Window::isSizedByDesktop() const {
 }
 
 QRect Window::contentPlace() const {
-  const QRect area = rect().adjusted(0, menuBarHeight(width()), 0, 0);
+  QRect area = rect().adjusted(0, menuBarHeight(width()), 0, 0);
+  if (mAnimation.isOn())
+    area.setHeight(
+        std::max(mContentSizeTold.height(), mAnimation.target() - menuBarHeight(width())));
   if (!isSizedByDesktop() || layoutSize().isEmpty())
     return area;
   const QSize size = largestLayoutSize(area.size(), layoutSize()).toSize();
@@ -179,17 +247,21 @@ bool Window::event(QEvent *event) {
 }
 
 // The toolkit gives the content the whole area; corrected here, before the content lays itself out
-// for it.
+// for it. While the window's height is animated nothing is left to be laid out then.
 bool Window::eventFilter(QObject *watched, QEvent *event) {
   const QWidget *content = centralWidget();
   const bool isResize = event->type() == QEvent::Resize;
-  if (watched != content || !isSizedByDesktop() || (!isResize && event->type() != QEvent::Move))
+  if (watched != content || (!isResize && event->type() != QEvent::Move))
     return QMainWindow::eventFilter(watched, event);
-  if (content->geometry() != contentPlace()) {
+  if ((isSizedByDesktop() || mAnimation.isOn()) && content->geometry() != contentPlace()) {
     placeContent();
     return true;
   }
-  return isResize && static_cast<QResizeEvent *>(event)->size() != content->size();
+  if (!isResize)
+    return false;
+  const QSize told = std::exchange(mContentSizeTold, content->size());
+  return static_cast<QResizeEvent *>(event)->size() != content->size() ||
+         (mAnimation.isOn() && told == content->size());
 }
 
 bool Window::hasMissedFrame() const {
@@ -220,8 +292,40 @@ bool Window::focusNextPrevChild(bool next) {
   return false;
 }
 
+// A size would take the window away from the hand that moves it, or be refused; so it comes when
+// the hand has let go.
+void Window::moveEvent(QMoveEvent *event) {
+  QMainWindow::moveEvent(event);
+  if (!mAnimation.isOn() || !event->spontaneous() || !pointerState().isButtonDown)
+    return;
+  holdAnimation();
+}
+
+void Window::holdAnimation() {
+  mAnimation.pause();
+  mHeldTimer.start();
+}
+
+void Window::lookWhetherHeld() {
+  if (mAnimation.isOn() && pointerState().isButtonDown)
+    return;
+  mHeldTimer.stop();
+  if (mAnimation.isOn() && !isMinimized() && windowHandle()->isExposed())
+    endAnimationAtOnce();
+}
+
 void Window::resizeEvent(QResizeEvent *event) {
   QMainWindow::resizeEvent(event);
+  if (mAnimation.isOn() && event->spontaneous()) {
+    if (mAnimation.isGoingBack(size())) {
+      holdAnimation();
+      return;
+    }
+    mAnimation.stop();
+    placeContent();
+  }
+  if (mSizeAtMissedFrame && isSizedByDesktop())
+    mSizeAtMissedFrame = size();
   if (hasMissedFrame())
     mRestoreTimer.start();
   // Spontaneous: not from setFrame.
@@ -284,8 +388,8 @@ void Window::endUserResize() {
   if (isSizedByDesktop() || isMinimized())
     return;
   const QRectF after = draggedFrame();
-  const QSizeF size = sizeForDrag(after.size());
-  if (!size.isEmpty() && size != frame().size())
+  const QSizeF size = usableFrameSize(sizeForDrag(after.size()), minSize());
+  if (size != frame().size())
     setFrame(resizedFrame(mDrag.frameBefore(), after, size));
 }
 

@@ -15,6 +15,11 @@
 // mouse button down counts as the user's: tiling and the like do not, nor does anything where the
 // pointer of the whole screen cannot be asked (not X11).
 //
+// A height set with animation is taken gradually, in the style's time for animations. The content
+// is laid out once, for the higher one of both, and the window's lower edge moves over it. All that
+// asks for the frame meanwhile is told the one that is being taken. The user and the desktop come
+// first: a size of theirs ends it.
+//
 // Maximised or full screen, the window has the size that the window manager gives it, and the
 // content as much of it as has the layout's proportions.
 //
@@ -29,6 +34,7 @@
 #include <QSizeF>
 #include <QTimer>
 
+#include "views/HeightAnimation.h"
 #include "views/ResizeDrag.h"
 
 namespace orvane {
@@ -42,8 +48,9 @@ class Window : public QMainWindow {
   explicit Window(QWidget *parent = nullptr);
 
   QRectF frame() const;
-  // At once, whatever animate says. Rounds to whole units. A maximised window stays as it is and
-  // tells with restored that it has missed one.
+  // With animate, the height gradually and the rest at once, unless the window is not to be seen or
+  // the desktop does not let programs place windows. Rounds to whole units. A maximised window
+  // stays as it is and tells with restored that it has missed one.
   void setFrame(const QRectF &frame, bool animate = false);
   QRectF contentRectForFrameRect(const QRectF &frame) const;
   QRectF frameRectForContentRect(const QRectF &content) const;
@@ -90,16 +97,25 @@ class Window : public QMainWindow {
   bool event(QEvent *event) override;
   bool eventFilter(QObject *watched, QEvent *event) override;
   void closeEvent(QCloseEvent *event) override;
+  void showEvent(QShowEvent *event) override;
   void hideEvent(QHideEvent *event) override;
   void changeEvent(QEvent *event) override;
   // Passes over what the window is too small to show.
   bool focusNextPrevChild(bool next) override;
+  void moveEvent(QMoveEvent *event) override;
   void resizeEvent(QResizeEvent *event) override;
 
  private:
   QMargins frameMargins() const;
   QRectF frameAround(const QRect &geometry) const;
   int menuBarHeight(int width) const;
+  // Milliseconds; 0 for at once.
+  int animationDuration() const;
+  void takeHeight(int height);
+  void endAnimationAtOnce();
+  // Until no mouse button is down.
+  void holdAnimation();
+  void lookWhetherHeld();
   void orderFrontWith(bool keyboard);
   // Maximised or full screen.
   bool isSizedByDesktop() const;
@@ -120,6 +136,9 @@ class Window : public QMainWindow {
   QSizeF mLayoutSize;
   QSizeF mContentAspectRatio;
   bool mIsClosing = false;
+  HeightAnimation mAnimation;
+  QTimer mHeldTimer;       // while the animation is held
+  QSize mContentSizeTold;  // that it was laid out for
   std::optional<QSize> mSizeAtMissedFrame;
   QTimer mRestoreTimer;
   ResizeDrag mDrag;

@@ -56,6 +56,11 @@ QSizeF proportionalProposal(const QSizeF &before, const QSizeF &after, const QSi
   return after;
 }
 
+QSizeF usableFrameSize(const QSizeF &size, const QSizeF &minimum) {
+  constexpr double kSmallest = 0.25;
+  return size.isEmpty() ? minimum : size.expandedTo(minimum * kSmallest);
+}
+
 QRectF resizedFrame(const QRectF &before, const QRectF &after, const QSizeF &size) {
   const bool isLeftDragged = after.left() != before.left() && after.right() == before.right();
   // With y upwards, what the toolkit calls the bottom is the higher edge.

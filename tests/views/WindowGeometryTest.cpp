@@ -68,6 +68,13 @@ TEST(WindowGeometry, AnIntegralRectangleReachesOutwardsBelowZeroToo) {
 
 const QSizeF kMinimum(480.0, 360.0);
 
+TEST(WindowGeometry, AFrameDraggedToNothingIsOneThatCanBeUsed) {
+  EXPECT_EQ(usableFrameSize(QSizeF(0.0, 0.0), kMinimum), kMinimum);
+  EXPECT_EQ(usableFrameSize(QSizeF(1.0, 19.0), kMinimum), QSizeF(120.0, 90.0));
+  EXPECT_EQ(usableFrameSize(QSizeF(700.0, 40.0), kMinimum), QSizeF(700.0, 90.0));
+  EXPECT_EQ(usableFrameSize(QSizeF(120.0, 90.0), kMinimum), QSizeF(120.0, 90.0));
+}
+
 TEST(WindowGeometry, AltSnapsToWholeMultiplesByTheHeight) {
   const auto snapped = [](double width, double height) {
     return resizedFrameSize(QSizeF(width, height), kMinimum, Qt::AltModifier);
