@@ -224,8 +224,10 @@ bool Controller::validateMenuItem(QAction &item) const {
 }
 
 void Controller::validateMenus() const {
-  const std::array<const Window *, 2> windows = {mWindow, mTuningMeterWindow};
+  const std::array<const Window *, 3> windows = {mWindow, mTuningMeterWindow, mHelpWindow};
   for (const Window *window : windows) {
+    if (window == nullptr)
+      continue;
     for (QAction *item : window->findChildren<QAction *>())
       validateMenuItem(*item);
   }
@@ -252,8 +254,14 @@ void Controller::performClose() {
 }
 
 void Controller::showHelp() {
-  if (Window *panel = HelpPanel::showHelpPanel(mSystem))
-    watch(*panel);
+  Window *panel = HelpPanel::showHelpPanel(mSystem);
+  if (panel == nullptr || panel == mHelpWindow)
+    return;
+  mHelpWindow = panel;
+  watch(*panel);
+  // When it is the only window left, the others are opened from here.
+  addMenus(*panel);
+  validateMenus();
 }
 
 void Controller::terminate() {

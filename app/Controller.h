@@ -11,7 +11,9 @@
 #include <memory>
 #include <optional>
 
+#include <QMenu>
 #include <QObject>
+#include <QPointer>
 #include <QSocketNotifier>
 
 #include "app/ControlAdapters.h"
@@ -119,6 +121,7 @@ class Controller : public QObject, private UpdateLoopDisplay {
   // Windows and controls, by their names in the descriptions. Owned by the descriptions.
   ResizeWindow *mWindow = nullptr;
   Window *mTuningMeterWindow = nullptr;
+  QPointer<Window> mHelpWindow;  // once it was shown
   ContentView *mContentView = nullptr;
   TuningMeterView *mTuningMeterView = nullptr;
   DisclosureButton *mDisclosureButton = nullptr;
@@ -209,6 +212,10 @@ class Controller : public QObject, private UpdateLoopDisplay {
   void connectLamps();
   void connectActions();
   void connectMenus();
+  QList<QMenu *> menus() const;
+  void validateWhenShown(const QMenu &menu);
+  // The main window's menus, for another one.
+  void addMenus(Window &window);
 
   // Parts of the start-up, in its order.
   void loadTemperaments();

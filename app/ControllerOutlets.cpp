@@ -100,8 +100,6 @@ void Controller::watch(const Window &window) {
           Qt::UniqueConnection);
 }
 
-// The needle window has the same menus with items of its own: an item in two windows has its place
-// told to assistive programs for one of them only.
 void Controller::connectMenus() {
   const auto bind = [this](const char *name, void (Controller::*command)()) {
     QAction *item = nullptr;
@@ -121,8 +119,27 @@ void Controller::connectMenus() {
   bind("iaSpeakHertz", &Controller::iaSpeakHertz);
   bind("showHelp", &Controller::showHelp);
 
-  for (QMenu *menu : mWindow->menuBar()->findChildren<QMenu *>(Qt::FindDirectChildrenOnly)) {
-    QMenu *twin = mTuningMeterWindow->menuBar()->addMenu(menu->title());
+  for (QMenu *menu : menus())
+    validateWhenShown(*menu);
+  addMenus(*mTuningMeterWindow);
+}
+
+QList<QMenu *> Controller::menus() const {
+  return mWindow->menuBar()->findChildren<QMenu *>(Qt::FindDirectChildrenOnly);
+}
+
+void Controller::validateWhenShown(const QMenu &menu) {
+  connect(&menu, &QMenu::aboutToShow, this, [this, &menu] {
+    for (QAction *item : menu.actions())
+      item->setEnabled(validateMenuItem(*item));
+  });
+}
+
+// With items of its own: an item in two windows has its place told to assistive programs for one of
+// them only.
+void Controller::addMenus(Window &window) {
+  for (const QMenu *menu : menus()) {
+    QMenu *twin = window.menuBar()->addMenu(menu->title());
     for (QAction *item : menu->actions()) {
       auto *copy = new QAction(item->text(), twin);
       copy->setObjectName(item->objectName());
@@ -132,11 +149,7 @@ void Controller::connectMenus() {
       connect(copy, &QAction::triggered, item, &QAction::trigger);
       twin->addAction(copy);
     }
-    for (QMenu *opened : {menu, twin})
-      connect(opened, &QMenu::aboutToShow, this, [this, opened] {
-        for (QAction *item : opened->actions())
-          item->setEnabled(validateMenuItem(*item));
-      });
+    validateWhenShown(*twin);
   }
 }
 

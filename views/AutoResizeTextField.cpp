@@ -10,12 +10,14 @@
 
 #include <QAccessible>
 #include <QFocusEvent>
+#include <QKeyEvent>
 #include <QRegularExpression>
 #include <QShortcut>
 #include <QStyleOptionFrame>
 
 #include "views/AccessibleControls.h"
 #include "views/AccessibleSilence.h"
+#include "views/TabularText.h"
 
 namespace orvane {
 namespace {
@@ -137,6 +139,19 @@ void AutoResizeTextField::setFloatValue(float value) {
   setStringValue(QString::fromLatin1(digits.data(), result.ptr - digits.data()));
 }
 
+void AutoResizeTextField::focusInEvent(QFocusEvent *event) {
+  mHasKeyOfItsOwn = false;
+  Zoomed::focusInEvent(event);
+}
+
+// The key that was held down when the field got the keyboard was meant for something else.
+void AutoResizeTextField::keyPressEvent(QKeyEvent *event) {
+  if (event->isAutoRepeat() && !mHasKeyOfItsOwn)
+    return;
+  mHasKeyOfItsOwn = true;
+  Zoomed::keyPressEvent(event);
+}
+
 // Another window, a menu or a list takes the keyboard for a while only: the typing goes on
 // afterwards. The toolkit's own signal would not come again then.
 void AutoResizeTextField::focusOutEvent(QFocusEvent *event) {
@@ -196,6 +211,10 @@ void AutoResizeTextField::paintEvent(QPaintEvent *event) {
   Qt::Alignment place = alignment();
   if (!(place & Qt::AlignVertical_Mask))
     place |= Qt::AlignVCenter;
+  if (mIsTabular) {
+    drawTabularText(painter, bounds(), place, text());
+    return;
+  }
   int flags = static_cast<int>(place) | Qt::TextDontClip | Qt::TextSingleLine;
   if (!mBuddy.isEmpty())
     flags |= Qt::TextShowMnemonic;

@@ -13,6 +13,8 @@ class AutoResizeTextField : public Zoomed<QLineEdit> {
   Q_PROPERTY(bool editable READ isEditable WRITE setEditable)
   Q_PROPERTY(int fontPixelSize READ fontPixelSize WRITE setFontPixelSize)
   Q_PROPERTY(QString buddy READ buddy WRITE setBuddy)
+  // Its figures are all as wide as the widest.
+  Q_PROPERTY(bool tabular READ isTabular WRITE setTabular)
   // Assistive programs do not find it, because another control tells them what it shows.
   Q_PROPERTY(bool decoration READ isDecoration WRITE setDecoration)
 
@@ -32,6 +34,9 @@ class AutoResizeTextField : public Zoomed<QLineEdit> {
 
   bool isDecoration() const { return mIsDecoration; }
   void setDecoration(bool isDecoration) { mIsDecoration = isDecoration; }
+
+  bool isTabular() const { return mIsTabular; }
+  void setTabular(bool isTabular) { mIsTabular = isTabular; }
 
   // What assistive programs read: the text without its "&", unless it is given one of their own.
   QString accessibleText() const;
@@ -59,7 +64,9 @@ class AutoResizeTextField : public Zoomed<QLineEdit> {
  protected:
   bool event(QEvent *event) override;
   bool eventFilter(QObject *watched, QEvent *event) override;
+  void focusInEvent(QFocusEvent *event) override;
   void focusOutEvent(QFocusEvent *event) override;
+  void keyPressEvent(QKeyEvent *event) override;
   void paintEvent(QPaintEvent *event) override;
   void initStyleOption(QStyleOptionFrame *option) const override;
   void relayoutEnded() override;
@@ -72,6 +79,8 @@ class AutoResizeTextField : public Zoomed<QLineEdit> {
   QString mBuddy;
   QString mAccessibleText;
   bool mIsDecoration = false;
+  bool mIsTabular = false;
+  bool mHasKeyOfItsOwn = false;  // pressed since it got the keyboard
   bool mIsEdited = false;  // by the user, since editing last ended
 };
 

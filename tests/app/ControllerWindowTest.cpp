@@ -349,6 +349,31 @@ TEST_F(ControllerWindowTest, TheMenusShowTheHelpPanel) {
   EXPECT_TRUE(takeCalls().empty());
 }
 
+TEST_F(ControllerWindowTest, TheHelpPanelHasTheMenusTooAndReachesTheOtherWindows) {
+  const ResourceFolder resources;
+  resources.write("Help.ui", kHelpDescription);
+  tuner.mTuneSpeech = true;
+  item("showHelp").trigger();
+  Window *panel = HelpPanel::showHelpPanel(rig.system);
+  ASSERT_NE(panel, nullptr);
+  const auto itemOfPanel = [panel](const char *name) { return panel->findChild<QAction *>(name); };
+  ASSERT_NE(itemOfPanel("terminate"), nullptr);
+  EXPECT_EQ(itemOfPanel("terminate")->shortcut(), QKeySequence(QStringLiteral("Ctrl+Q")));
+  EXPECT_TRUE(itemOfPanel("iaSpeakTune")->isChecked());
+  EXPECT_FALSE(itemOfPanel("iaSpeakHertz")->isChecked());
+  itemOfPanel("iaSpeakHertz")->trigger();
+  EXPECT_TRUE(tuner.mHertzSpeech);
+  EXPECT_TRUE(item("iaSpeakHertz").isChecked());
+
+  tuner.mWindow->close();
+  tuner.mTuningMeterWindow->close();
+  EXPECT_TRUE(takeCalls().empty());
+  itemOfPanel("showOrvaneWindow")->trigger();
+  EXPECT_TRUE(tuner.mWindow->isVisible());
+  itemOfPanel("terminate")->trigger();
+  EXPECT_EQ(takeCalls(), Lines{"terminate"});
+}
+
 TEST_F(ControllerWindowTest, TheButtonOpensTheSoundSettings) {
   tuner.openSoundPreferencesButton->click();
   EXPECT_EQ(takeCalls(), (Lines{"openSoundSettings", "showSoundInputPage"}));

@@ -46,6 +46,24 @@ TEST_F(AutoResizeTextFieldTest, PutsTheTextCursorWhereItIsClickedAtEveryZoom) {
   }
 }
 
+TEST_F(AutoResizeTextFieldTest, AKeyThatIsHeldSinceBeforeItGotTheKeyboardTypesNothing) {
+  const auto press = [this](bool isRepeated) {
+    QKeyEvent event(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, QStringLiteral(" "),
+                    isRepeated);
+    QCoreApplication::sendEvent(&*mField, &event);
+  };
+  mField.zoomTo(1.0);
+  mField.click(at(3.0));
+  press(true);
+  press(true);
+  EXPECT_EQ(mField->stringValue(), kText);
+
+  mField->end(false);
+  press(false);
+  press(true);
+  EXPECT_EQ(mField->stringValue(), kText + QStringLiteral("  "));
+}
+
 TEST_F(AutoResizeTextFieldTest, PutsTheTextCursorWhereAScrolledTextIsClicked) {
   const QString text = kText + kText;
   mField->setStringValue(text);
