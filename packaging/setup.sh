@@ -57,6 +57,6 @@ build() {
 # run_tests PRESET [CTEST ARGUMENTS…]
 run_tests() {
   say "Testing ($1)"
-  quietly ctest --preset "$@"
+  quietly ctest --parallel "$(nproc)" --preset "$@"
   say "$last_line"
 }

@@ -13,6 +13,11 @@ void AutoResizeImageView::setImage(const std::shared_ptr<const Picture> &image) 
   update();
 }
 
+void AutoResizeImageView::setImageName(const QString &name) {
+  setImage(Picture::imageNamed(name));
+  mImageName = name;
+}
+
 void AutoResizeImageView::paintEvent(QPaintEvent * /*event*/) {
   if (mImage == nullptr)
     return;

@@ -9,6 +9,7 @@
 
 #include <QAccessible>
 
+#include "tests/WindowLayouts.h"
 #include "tests/app/ControllerRig.h"
 
 namespace orvane::test {
@@ -185,16 +186,18 @@ TEST_F(ControllerAccessibilityTest, WhatTheWindowIsTooSmallToShowIsNotInTheTree)
     tuner.mWindow->resize(tuner.mWindow->width(), tuner.mWindow->height() - lower);
     QApplication::processEvents();
   };
-  // Down to a content of 300, through the list of the temperaments' label and control.
-  resize(144);
+  // Down to a content of 340, through the list of the temperaments' label and control.
+  constexpr int kLower = kFullLayout.height() - 340;
+  resize(kLower);
   EXPECT_TRUE(isThere(tuner.mNoteText));
   EXPECT_TRUE(isThere(tuner.mReferencePitchText));
   EXPECT_TRUE(isThere(tuner.mTuningPopUpButton)) << "its upper pixels are seen";
   EXPECT_TRUE(isThere(tuner.mLevelMeter));
   EXPECT_FALSE(isThere(tuner.mTonicPopUpButton));
   EXPECT_FALSE(isThere(tuner.openSoundPreferencesButton));
-  EXPECT_FALSE(isThere(tuner.mLevelText));
-  resize(-144);
+  EXPECT_TRUE(isThere(tuner.mLevelText));
+  EXPECT_FALSE(isThere(tuner.mInputVolumeText));
+  resize(-kLower);
   EXPECT_TRUE(isThere(tuner.mTonicPopUpButton));
   EXPECT_EQ(content.childCount(), all);
 }

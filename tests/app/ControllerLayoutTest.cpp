@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QMenuBar>
 
+#include "tests/WindowLayouts.h"
 #include "tests/app/ControllerRig.h"
 
 namespace orvane::test {
@@ -51,21 +52,21 @@ class ControllerLayoutTest : public testing::Test {
 
 TEST_F(ControllerLayoutTest, TheAspectRatioIsThatOfTheContentBeforeTheScreenCutsIt) {
   showLayout(false);
-  setContent(QRectF(0, 300, 756, 324));
+  setContent(QRectF(0, 300, 730, 352));
   const QSizeF around = this->around();
   showLayout(true);
-  // 444 · 756/420 = 799.2
-  EXPECT_EQ(tuner.mWindow->contentAspectRatio(), QSizeF(756, 799));
+  // 488 · 730/448 = 795.2
+  EXPECT_EQ(tuner.mWindow->contentAspectRatio(), QSizeF(730, 795));
   EXPECT_EQ(tuner.mWindow->frame().height(), 800.0);
   EXPECT_EQ(tuner.mWindow->frame().width(),
-            std::floor((756 + around.width()) * 800 / (799 + around.height())));
+            std::floor((730 + around.width()) * 800 / (795 + around.height())));
 }
 
 TEST_F(ControllerLayoutTest, TheSmallestFrameIsThatOfTheLayoutShown) {
   const QSizeF around = this->around();
   for (const bool isFull : {true, false, true}) {
     showLayout(isFull);
-    const QSizeF smallest = QSizeF(420, isFull ? 444 : 180) + around;
+    const QSizeF smallest = QSizeF(isFull ? kFullLayout : kCollapsedLayout) + around;
     EXPECT_EQ(tuner.mWindow->minSize(), smallest) << isFull;
     // The smaller of the factors 2 and 1.5.
     EXPECT_EQ(
@@ -73,43 +74,43 @@ TEST_F(ControllerLayoutTest, TheSmallestFrameIsThatOfTheLayoutShown) {
         smallest * 1.5)
         << isFull;
   }
-  EXPECT_EQ(tuner.mWindow->contentMinSize(), QSizeF(420, 444));
+  EXPECT_EQ(tuner.mWindow->contentMinSize(), QSizeF(kFullLayout));
 }
 
 TEST_F(ControllerLayoutTest, AWindowThatStartsCollapsedHasTheSmallestFrameOfThatLayout) {
   showLayout(false);
   Controller &collapsed = rig.launch();
-  EXPECT_EQ(collapsed.mWindow->layoutSize(), QSizeF(420, 180));
-  EXPECT_EQ(collapsed.mWindow->contentMinSize(), QSizeF(420, 444));
+  EXPECT_EQ(collapsed.mWindow->layoutSize(), QSizeF(kCollapsedLayout));
+  EXPECT_EQ(collapsed.mWindow->contentMinSize(), QSizeF(kFullLayout));
 }
 
 TEST_F(ControllerLayoutTest, AMaximisedWindowShowsEitherLayoutAsLargeAsItCanBe) {
   becomes(Qt::WindowMaximized);
-  expectLargest({420, 444});
+  expectLargest(kFullLayout);
   const QSize whole = tuner.mWindow->size();
   showLayout(false);
   EXPECT_TRUE(tuner.mWindow->isMaximized());
   EXPECT_EQ(tuner.mWindow->size(), whole);
-  expectLargest({420, 180});
+  expectLargest(kCollapsedLayout);
   showLayout(true);
   EXPECT_EQ(tuner.mWindow->size(), whole);
-  expectLargest({420, 444});
+  expectLargest(kFullLayout);
 }
 
 TEST_F(ControllerLayoutTest, AWindowMaximisedNoLongerHasTheHeightOfItsLayoutBelowTheSameTop) {
-  setContent(QRectF(50, 100, 630, 666));
+  setContent(QRectF(50, 20, 672, 732));
   const double top = this->top();
   becomes(Qt::WindowMaximized);
   showLayout(false);
   becomes(Qt::WindowNoState);
-  // 180 · 630/420
-  EXPECT_EQ(tuner.mWindow->contentSize(), QSizeF(630, 270));
-  EXPECT_EQ(tuner.mContentView->size(), QSize(630, 270));
+  // 216 · 672/448
+  EXPECT_EQ(tuner.mWindow->contentSize(), QSizeF(672, 324));
+  EXPECT_EQ(tuner.mContentView->size(), QSize(672, 324));
   EXPECT_EQ(this->top(), top);
   becomes(Qt::WindowMaximized);
   showLayout(true);
   becomes(Qt::WindowNoState);
-  EXPECT_EQ(tuner.mWindow->contentSize(), QSizeF(630, 666));
+  EXPECT_EQ(tuner.mWindow->contentSize(), QSizeF(672, 732));
   EXPECT_EQ(this->top(), top);
 }
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "tests/WindowLayouts.h"
 #include "tests/app/ControllerWatch.h"
 
 namespace orvane::test {
@@ -87,7 +88,7 @@ TEST_F(ControllerQuitTest, TheNextLaunchRestoresAllNineSettings) {
   EXPECT_EQ(next.mSettings.mTranspose, -2);
   EXPECT_EQ(next.mTransposeText->stringValue(), "C = A#/Bb (-2)");
   EXPECT_FALSE(next.disclosed);
-  EXPECT_EQ(next.mContentView->size(), QSize(420, 180));
+  EXPECT_EQ(next.mContentView->size(), kCollapsedLayout);
   EXPECT_FALSE(next.mTuningMeterWindow->isVisible());
   EXPECT_EQ(next.mInputDevicePopUpButton->titleOfSelectedItem(), "Acme : Line");
   EXPECT_TRUE(next.mTuneSpeech);

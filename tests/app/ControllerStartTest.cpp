@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "tests/WindowLayouts.h"
 #include "tests/app/ControllerWatch.h"
 
 namespace orvane::test {
@@ -42,7 +43,7 @@ TEST_F(ControllerStartTest, TheFirstLaunchShowsTheBuiltInDefaults) {
   EXPECT_EQ(tuner.mTransposeText->stringValue(), "");
   EXPECT_TRUE(tuner.disclosed);
   EXPECT_EQ(tuner.mDisclosureButton->state(), 1);
-  EXPECT_EQ(tuner.mWindow->contentSize(), QSizeF(420, 444));
+  EXPECT_EQ(tuner.mWindow->contentSize(), QSizeF(kFullLayout));
   EXPECT_TRUE(tuner.mWindow->isVisible());
   EXPECT_TRUE(tuner.mTuningMeterWindow->isVisible());
   EXPECT_FALSE(tuner.mTuneSpeech);
@@ -141,7 +142,7 @@ TEST(ControllerStart, HasRestoredTheSettingsBeforeItShowsAWindow) {
     EXPECT_EQ(controller.mTransposeText->stringValue(), "C = A#/Bb (-2)");
     EXPECT_EQ(controller.mFrequencyText->stringValue(), "442.0Hz");
     EXPECT_EQ(controller.mDisclosureButton->state(), 0);
-    EXPECT_EQ(controller.mWindow->contentAspectRatio(), QSizeF(420, 180));
+    EXPECT_EQ(controller.mWindow->contentAspectRatio(), QSizeF(kCollapsedLayout));
     // Read last, so that the first display is not spoken.
     EXPECT_FALSE(controller.mTuneSpeech);
     EXPECT_TRUE(tuner.hardware.calls.empty());
@@ -150,7 +151,7 @@ TEST(ControllerStart, HasRestoredTheSettingsBeforeItShowsAWindow) {
   EXPECT_EQ(windows, (Lines{"mTuningMeterWindow", "mWindow"}));
   EXPECT_TRUE(controller.mTuneSpeech);
   EXPECT_TRUE(tuner.system.spoken.empty());
-  EXPECT_EQ(full.size(), QSizeF(420, 444));
+  EXPECT_EQ(full.size(), QSizeF(kFullLayout));
 }
 
 TEST_F(ControllerStartTest, GivesTheKeyboardToTheMainWindow) {
@@ -262,16 +263,16 @@ TEST_F(ControllerStartTest, StartsCollapsedWhenTheDetailsWereHidden) {
     const Controller &tuner = launchWith({"DisclosedKey=" + no});
     EXPECT_FALSE(tuner.disclosed) << no;
     EXPECT_EQ(tuner.mDisclosureButton->state(), 0) << no;
-    EXPECT_EQ(tuner.mWindow->contentSize(), QSizeF(420, 180)) << no;
-    EXPECT_EQ(tuner.mContentView->size(), QSize(420, 180)) << no;
-    EXPECT_EQ(tuner.mWindow->contentAspectRatio(), QSizeF(420, 180)) << no;
+    EXPECT_EQ(tuner.mWindow->contentSize(), QSizeF(kCollapsedLayout)) << no;
+    EXPECT_EQ(tuner.mContentView->size(), kCollapsedLayout) << no;
+    EXPECT_EQ(tuner.mWindow->contentAspectRatio(), QSizeF(kCollapsedLayout)) << no;
   }
   for (const std::string yes : {"true", "YES", "yes", "1"}) {
     const Controller &tuner = launchWith({"DisclosedKey=" + yes});
     EXPECT_TRUE(tuner.disclosed) << yes;
     EXPECT_EQ(tuner.mDisclosureButton->state(), 1) << yes;
-    EXPECT_EQ(tuner.mContentView->size(), QSize(420, 444)) << yes;
-    EXPECT_EQ(tuner.mWindow->contentAspectRatio(), QSizeF(420, 444)) << yes;
+    EXPECT_EQ(tuner.mContentView->size(), kFullLayout) << yes;
+    EXPECT_EQ(tuner.mWindow->contentAspectRatio(), QSizeF(kFullLayout)) << yes;
   }
 }
 
@@ -280,8 +281,8 @@ TEST_F(ControllerStartTest, ExpandsToTheFullLayoutAfterACollapsedStart) {
   tuner.mDisclosureButton->performClick();
   QApplication::processEvents();
   EXPECT_TRUE(tuner.disclosed);
-  EXPECT_EQ(tuner.mContentView->size(), QSize(420, 444));
-  EXPECT_EQ(tuner.mWindow->contentAspectRatio(), QSizeF(420, 444));
+  EXPECT_EQ(tuner.mContentView->size(), kFullLayout);
+  EXPECT_EQ(tuner.mWindow->contentAspectRatio(), QSizeF(kFullLayout));
 }
 
 TEST_F(ControllerStartTest, LeavesTheNeedleMeterHiddenUntilItIsAskedFor) {

@@ -2,14 +2,17 @@
 // about sound.
 #pragma once
 
+#include "tests/WindowLayouts.h"
 #include "tests/desktop/OrvaneRig.h"
 
 namespace orvane::test {
 
 class MainWindowTest : public DesktopTest {
  protected:
-  MainWindowTest() = default;
-  explicit MainWindowTest(const QSize &screenSize) : DesktopTest(screenSize) {}
+  MainWindowTest() : MainWindowTest(QSize(1280, 1024)) {}
+  explicit MainWindowTest(const QSize &screenSize,
+                          const std::string &recording = ORVANE_RESOURCES_DIR "/Recording.flac")
+      : DesktopTest(screenSize), program(desktop, tree, {"--input", recording}) {}
 
   void SetUp() override {
     ASSERT_TRUE(program.opens()) << program.standardError();
@@ -31,10 +34,7 @@ class MainWindowTest : public DesktopTest {
         << expected.height();
   }
 
-  static constexpr QSize kFull{420, 444};
-  static constexpr QSize kCollapsed{420, 180};
-
-  OrvaneProgram program{desktop, tree, {"--input", ORVANE_RESOURCES_DIR "/Recording.flac"}};
+  OrvaneProgram program;
   WindowId window = 0;
   int menuHeight = 0;
 };

@@ -13,6 +13,7 @@
 #include <QFile>
 #include <QRegularExpression>
 
+#include "tests/WindowLayouts.h"
 #include "tests/desktop/OrvaneRig.h"
 
 namespace orvane::test {
@@ -155,9 +156,9 @@ TEST_P(OrvaneKeyboardTest, TheFocusIsSeenAtEveryControlAtEachSize) {
   expectFocus("mTuningPopUpButton");
   input.key("Down");
   const QSize full = windows.content(window).size();
-  const int menuBar = full.height() - 444;
+  const int menuBar = full.height() - kFullLayout.height();
   for (int zoom : {1, 2}) {
-    windows.moveResize(window, QPoint(20, 20), QSize(420 * zoom, 444 * zoom + menuBar));
+    windows.moveResize(window, QPoint(20, 20), kFullLayout * zoom + QSize(0, menuBar));
     EXPECT_TRUE(eventually([&] { return program->place("mDisclosureButton").width() == 24 * zoom; },
                            kPatience));
     input.key("Alt+d");
@@ -207,8 +208,7 @@ TEST_P(OrvaneKeyboardTest, WhatTheCollapsedWindowDoesNotShowIsNotReached) {
   input.key("Alt+d");
   expectFocus("mDisclosureButton");
   input.key("space");
-  // The layouts are 444 and 180 high.
-  expectHeight(full - (444 - 180));
+  expectHeight(full - (kFullLayout - kCollapsedLayout).height());
   for (const char *key : {"Tab", "Tab", "Shift+Tab", "Shift+Tab"}) {
     input.key(key);
     expectFocus("mDisclosureButton");

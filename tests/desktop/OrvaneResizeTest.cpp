@@ -137,7 +137,7 @@ class OrvaneResizeTest : public MainWindowTest {
 
   void collapse() const {
     program.click("mDisclosureButton");
-    expectContent(kCollapsed);
+    expectContent(kCollapsedLayout);
   }
 
   // How many controls can be seen. None of them reaches out of the window.
@@ -157,13 +157,13 @@ class OrvaneResizeTest : public MainWindowTest {
 };
 
 TEST_F(OrvaneResizeTest, APlainDragKeepsTheProportionsOfTheFullLayout) {
-  expectPlainDragsKeepProportions(kFull);
+  expectPlainDragsKeepProportions(kFullLayout);
 }
 
 TEST_F(OrvaneResizeTest, APlainDragKeepsTheProportionsOfTheCollapsedLayout) {
   collapse();
-  expectPlainDragsKeepProportions(kCollapsed);
-  place(kCollapsed);
+  expectPlainDragsKeepProportions(kCollapsedLayout);
+  place(kCollapsedLayout);
   drag(kRight + kBottom, {200, 200});
   settledFrame();
   EXPECT_TRUE(screen.save("resize-collapsed"));
@@ -171,7 +171,7 @@ TEST_F(OrvaneResizeTest, APlainDragKeepsTheProportionsOfTheCollapsedLayout) {
 
 TEST_F(OrvaneResizeTest, WithShiftADragIsFree) {
   for (const QPoint &side : {kRight, kTop, kLeft + kBottom}) {
-    place(kFull);
+    place(kFullLayout);
     const QRect before = frame();
     input.hold("Shift");
     drag(side, {90, -30});
@@ -191,10 +191,11 @@ TEST_F(OrvaneResizeTest, WithAltTheHeightChoosesAWholeMultipleOfTheLayoutShown) 
   };
   const int higher = static_cast<int>(0.8 * smallest.height());
   const int lower = static_cast<int>(-0.3 * smallest.height());
-  for (const Case &c : {Case{kFull, higher, 2}, Case{kFull, lower, 1}, Case{kCollapsed, 170, 2},
-                        Case{kCollapsed, -60, 1}, Case{kCollapsed, 350, 3}}) {
+  for (const Case &c :
+       {Case{kFullLayout, higher, 2}, Case{kFullLayout, lower, 1}, Case{kCollapsedLayout, 170, 2},
+        Case{kCollapsedLayout, -60, 1}, Case{kCollapsedLayout, 420, 3}}) {
     SCOPED_TRACE(c.way);
-    if (c.layout == kCollapsed && content().height() >= kFull.height())
+    if (c.layout == kCollapsedLayout && content().height() >= kFullLayout.height())
       collapse();
     place(c.layout, {100, 100});
     const QRect before = frame();
@@ -206,7 +207,7 @@ TEST_F(OrvaneResizeTest, WithAltTheHeightChoosesAWholeMultipleOfTheLayoutShown) 
 }
 
 TEST_F(OrvaneResizeTest, AKeyCountsAsItWasWhenTheButtonWasLastDown) {
-  place(kFull);
+  place(kFullLayout);
   QRect before = frame();
   input.hold("Shift");
   pull(kRight + kBottom, {120, 10});
@@ -215,7 +216,7 @@ TEST_F(OrvaneResizeTest, AKeyCountsAsItWasWhenTheButtonWasLastDown) {
   input.letGo("Shift");
   EXPECT_EQ(settledFrame().size(), before.size() + QSize(120, 10));
 
-  place(kFull);
+  place(kFullLayout);
   before = frame();
   pull(kRight + kBottom, {120, 20});
   settledFrame();
@@ -226,7 +227,7 @@ TEST_F(OrvaneResizeTest, AKeyCountsAsItWasWhenTheButtonWasLastDown) {
 }
 
 TEST_F(OrvaneResizeTest, ADraggedSideTakesTheHeightAlongWithoutFlicker) {
-  place(kFull);
+  place(kFullLayout);
   const QRect before = frame();
   EXPECT_FALSE(windows.hasAspect(window));
   SizeLog log(desktop, window);
@@ -265,7 +266,7 @@ TEST_F(OrvaneResizeTest, ADraggedSideTakesTheHeightAlongWithoutFlicker) {
 }
 
 TEST_F(OrvaneResizeTest, ADraggedCornerStaysUnderThePointerUntilItIsLetGo) {
-  place(kFull);
+  place(kFullLayout);
   const QRect before = frame();
   SizeLog log(desktop, window);
   const QPoint from = grab(kRight + kBottom);
@@ -290,7 +291,7 @@ TEST_F(OrvaneResizeTest, ADraggedCornerStaysUnderThePointerUntilItIsLetGo) {
 }
 
 TEST_F(OrvaneResizeTest, TheWindowManagerIsNotHeldToProportionsWhereTheUserIsNot) {
-  place(kFull);
+  place(kFullLayout);
   const QRect before = frame();
   pull(kLeft, {-60, 0});
   EXPECT_TRUE(eventually([&] { return windows.hasAspect(window); }, kPatience));
@@ -315,7 +316,7 @@ TEST_F(OrvaneResizeTest, TheWindowManagerIsNotHeldToProportionsWhereTheUserIsNot
 
 TEST_F(OrvaneResizeTest, AWindowThatAnotherProgramMovedStaysThereWhenItIsDragged) {
   for (const QPoint &place : {QPoint(300, 200), QPoint(620, 330)}) {
-    windows.moveResize(window, place, kFull + QSize(0, menuHeight));
+    windows.moveResize(window, place, kFullLayout + QSize(0, menuHeight));
     ASSERT_TRUE(eventually([&] { return frame().topLeft() == place; }, kPatience));
     const QRect before = frame();
     drag(kRight + kBottom, {80, 30});
@@ -324,7 +325,7 @@ TEST_F(OrvaneResizeTest, AWindowThatAnotherProgramMovedStaysThereWhenItIsDragged
 }
 
 TEST_F(OrvaneResizeTest, AMaximisedWindowShowsAllOfEitherLayoutAndKeepsItsPlaceForLater) {
-  place(kFull);
+  place(kFullLayout);
   const QPoint corner = frame().topLeft();
   const int all = countControls();
   ASSERT_GT(all, 20);
@@ -336,10 +337,13 @@ TEST_F(OrvaneResizeTest, AMaximisedWindowShowsAllOfEitherLayoutAndKeepsItsPlaceF
   const auto isWide = [&](const char *control, double width) {
     return eventually([&] { return program.place(control).width() >= width; }, kPatience);
   };
-  // By the height: 208 units of the layout's 420.
+  // By the height.
   const int available = windows.content(window).height() - menuHeight;
   ASSERT_GT(available, 1200);
-  EXPECT_TRUE(isWide("mTuningPopUpButton", 208.0 * available / 444 - 2));
+  const double popUpWidth = 1.0 * kPopUpWidth * available / kFullLayout.height() - 2;
+  // By the width, but for the window's frame; by the height it would be 61 pixels wide at most.
+  const double buttonWidth = 24.0 * 1590 / kCollapsedLayout.width() - 2;
+  EXPECT_TRUE(isWide("mTuningPopUpButton", popUpWidth));
   EXPECT_EQ(countControls(), all);
   EXPECT_TRUE(screen.save("resize-maximised-full"));
   EXPECT_FALSE(windows.hasAspect(window));
@@ -348,23 +352,22 @@ TEST_F(OrvaneResizeTest, AMaximisedWindowShowsAllOfEitherLayoutAndKeepsItsPlaceF
 
   const QRect whole = frame();
   program.click("mDisclosureButton");
-  // By the width.
-  EXPECT_TRUE(isWide("mDisclosureButton", 16.0 * 1590 / 420));
+  EXPECT_TRUE(isWide("mDisclosureButton", buttonWidth));
   EXPECT_TRUE(windows.isMaximized(window));
   EXPECT_EQ(frame(), whole);
   EXPECT_TRUE(screen.save("resize-maximised-collapsed"));
 
   windows.maximize(window, false);
-  expectContent(kCollapsed);
+  expectContent(kCollapsedLayout);
   EXPECT_EQ(frame().topLeft(), corner);
   EXPECT_TRUE(screen.save("resize-restored-collapsed"));
   windows.maximize(window);
   ASSERT_TRUE(eventually([&] { return windows.isMaximized(window); }, kPatience));
-  EXPECT_TRUE(isWide("mDisclosureButton", 16.0 * 1590 / 420));
+  EXPECT_TRUE(isWide("mDisclosureButton", buttonWidth));
   program.click("mDisclosureButton");
-  EXPECT_TRUE(isWide("mTuningPopUpButton", 208.0 * available / 444 - 2));
+  EXPECT_TRUE(isWide("mTuningPopUpButton", popUpWidth));
   windows.maximize(window, false);
-  expectContent(kFull);
+  expectContent(kFullLayout);
   EXPECT_EQ(frame().topLeft(), corner);
 }
 
@@ -382,15 +385,15 @@ TEST_F(OrvaneResizeTest, AFreeShapeIsThereAgainAfterMaximising) {
 
 TEST_F(OrvaneResizeTest, DetailsShownLowOnTheScreenHaveTheirFullHeight) {
   collapse();
-  windows.moveResize(window, {500, 1000}, kCollapsed + QSize(0, menuHeight));
+  windows.moveResize(window, {500, 1000}, kCollapsedLayout + QSize(0, menuHeight));
   ASSERT_TRUE(eventually([&] { return frame().y() == 1000; }, kPatience));
   program.click("mDisclosureButton");
-  expectContent(kFull);
+  expectContent(kFullLayout);
   EXPECT_TRUE(screen.save("resize-low"));
   // A window manager may move it up to where all of it can be seen.
   EXPECT_LE(frame().y(), 1000);
   program.click("mDisclosureButton");
-  expectContent(kCollapsed);
+  expectContent(kCollapsedLayout);
 }
 
 }  // namespace

@@ -29,7 +29,11 @@ class Instrument {
       : mFeeder(
             pipe, [this](std::uint64_t) { return next(); }, kRate) {}
 
-  void play(double hertz) { mHertz = hertz; }
+  // A loudness of 3 is more than full scale.
+  void play(double hertz, double loudness = 1.0) {
+    mLoudness = loudness;
+    mHertz = hertz;
+  }
   void rest() { mHertz = 0.0; }
 
  private:
@@ -41,11 +45,13 @@ class Instrument {
     if (hertz == 0.0)
       return 0.0F;
     mPhase = std::fmod(mPhase + 2.0 * std::numbers::pi * hertz / kRate, 2.0 * std::numbers::pi);
-    return static_cast<float>(0.3 * std::sin(mPhase) + 0.1 * std::sin(2.0 * mPhase) +
-                              0.06 * std::sin(3.0 * mPhase) + 0.03 * std::sin(4.0 * mPhase));
+    return static_cast<float>(mLoudness *
+                              (0.3 * std::sin(mPhase) + 0.1 * std::sin(2.0 * mPhase) +
+                               0.06 * std::sin(3.0 * mPhase) + 0.03 * std::sin(4.0 * mPhase)));
   }
 
   std::atomic<double> mHertz{0.0};
+  std::atomic<double> mLoudness{1.0};
   double mPhase = 0.0;  // feeder's thread
   PipeFeeder mFeeder;   // the last: it uses the others until it has ended
 };

@@ -75,12 +75,12 @@ TEST_P(OrvaneSettingsTest, AllAreStoredAtQuitAndRestoredAtTheNextStart) {
   EXPECT_LT(windows.frame(windows.find(kMainWindow)).height(), 300);
   EXPECT_EQ(windows.find(kMeterWindow), 0U);
   keepPicture("settings-restored-collapsed");
-  EXPECT_EQ(program.title("mInputDevicePopUpButton"), device);
   EXPECT_TRUE(isMarked(program, "Speech", "Speak Note Continuously"));
   EXPECT_TRUE(isMarked(program, "Speech", "Speak Frequency Continuously"));
   program.click("mDisclosureButton");
   EXPECT_TRUE(eventually([&] { return windows.frame(windows.find(kMainWindow)).height() > 400; },
                          kPatience));
+  EXPECT_EQ(program.title("mInputDevicePopUpButton"), device);
   EXPECT_EQ(program.text("mReferencePitchText"), "442.5");
   EXPECT_EQ(program.title("mTuningPopUpButton"), program.titles("mTuningPopUpButton")[4]);
   EXPECT_TRUE(program.title("mTonicPopUpButton").starts_with("G ("));

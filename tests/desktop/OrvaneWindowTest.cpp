@@ -30,29 +30,30 @@ class OrvaneWindowTest : public MainWindowTest {
 };
 
 TEST_F(OrvaneWindowTest, TheDisclosureTriangleShowsAndHidesTheDetailsAtEveryZoom) {
-  expectContent(kFull);
+  expectContent(kFullLayout);
   const QPoint corner = frame().topLeft();
   EXPECT_TRUE(screen.save("layout-full"));
   program.click("mDisclosureButton");
-  expectContent(kCollapsed);
+  expectContent(kCollapsedLayout);
   EXPECT_EQ(frame().topLeft(), corner);
   EXPECT_FALSE(program.object("mReferencePitchText").is(AccessibleState::kFocused));
   EXPECT_TRUE(screen.save("layout-collapsed"));
   program.click("mDisclosureButton");
-  expectContent(kFull);
+  expectContent(kFullLayout);
   EXPECT_EQ(frame().topLeft(), corner);
   EXPECT_TRUE(program.object("mReferencePitchText").is(AccessibleState::kFocused));
 
   // What is not dragged by the user's hand is left as it is.
-  windows.moveResize(window, {0, 0}, {2 * kFull.width(), 2 * kFull.height() + menuHeight});
-  expectContent(2 * kFull);
+  windows.moveResize(window, {0, 0},
+                     {2 * kFullLayout.width(), 2 * kFullLayout.height() + menuHeight});
+  expectContent(2 * kFullLayout);
   EXPECT_TRUE(eventually([&] { return !program.text("mNoteText").empty(); }, kPatience));
   EXPECT_TRUE(screen.save("layout-full-double"));
   program.click("mDisclosureButton");
-  expectContent(2 * kCollapsed);
+  expectContent(2 * kCollapsedLayout);
   EXPECT_TRUE(screen.save("layout-collapsed-double"));
   program.click("mDisclosureButton");
-  expectContent(2 * kFull);
+  expectContent(2 * kFullLayout);
   program.enter("mReferencePitchText", "442");
   expectText(program, "mReferencePitchText", "442");
   ASSERT_TRUE(program.choose("mTuningPopUpButton", "Just Intonation"));
@@ -60,8 +61,8 @@ TEST_F(OrvaneWindowTest, TheDisclosureTriangleShowsAndHidesTheDetailsAtEveryZoom
 }
 
 TEST_F(OrvaneWindowTest, ADragAtTheFrameKeepsTheProportionsUnlessAKeySaysOtherwise) {
-  const QPoint title = frame().topLeft() + QPoint(kFull.width() / 2, 8);
-  input.drag(title, {kFull.width() / 2, 8});
+  const QPoint title = frame().topLeft() + QPoint(kFullLayout.width() / 2, 8);
+  input.drag(title, {kFullLayout.width() / 2, 8});
   ASSERT_TRUE(eventually([&] { return frame().topLeft() == QPoint(0, 0); }));
   const QSizeF smallest = frame().size();
 

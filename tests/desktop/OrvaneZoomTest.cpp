@@ -4,6 +4,7 @@
 #include <cmath>
 #include <fstream>
 
+#include "tests/WindowLayouts.h"
 #include "tests/desktop/OrvaneRig.h"
 
 namespace orvane::test {
@@ -20,7 +21,7 @@ int menuHeightOf(const OrvaneProgram &program) {
 class OrvaneZoomTest : public DesktopTest {
  protected:
   // Room for three times the window.
-  OrvaneZoomTest() : DesktopTest(QSize(1400, 1500)) {}
+  OrvaneZoomTest() : DesktopTest(QSize(1400, 1600)) {}
 
   void SetUp() override {
     ASSERT_TRUE(server.start());
@@ -49,12 +50,13 @@ TEST_F(OrvaneZoomTest, EveryControlWorksByMouseAndKeyboardWhereItIsDrawn) {
   int pitch = 430;
   for (const double zoom : {0.75, 1.0, 1.5, 2.0, 3.0}) {
     SCOPED_TRACE(zoom);
-    const QSize content = (QSizeF(420, 444) * zoom).toSize();
+    const QSize content = (QSizeF(kFullLayout) * zoom).toSize();
     windows.moveResize(window, {0, 0}, content + QSize(0, menuHeight));
     // A control of the last row is where the zoom puts it.
     ASSERT_TRUE(eventually(
         [&] {
-          return std::abs(program.place("mTuningPopUpButton").width() - 208 * zoom) <= 2.0 &&
+          return std::abs(program.place("mTuningPopUpButton").width() - kPopUpWidth * zoom) <=
+                     2.0 &&
                  program.place("mInputVolumeSlider").bottom() < windows.content(window).bottom();
         },
         kPatience));
@@ -112,11 +114,10 @@ TEST_F(OrvaneSmallScreenTest, DetailsThatAreTooTallAreCutToTheScreenAndNarrowedI
   const WindowId window = windows.find(kMainWindow);
   const QSize collapsed = windows.frame(window).size();
   const QPoint corner = windows.frame(window).topLeft();
-  EXPECT_EQ(windows.content(window).size() - QSize(0, menuHeightOf(program)), QSize(420, 180));
+  EXPECT_EQ(windows.content(window).size() - QSize(0, menuHeightOf(program)), kCollapsedLayout);
   EXPECT_TRUE(screen.save("small-screen-collapsed"));
 
-  // The full layout is 264 units taller than the collapsed one.
-  const int full = collapsed.height() + 264;
+  const int full = collapsed.height() + (kFullLayout - kCollapsedLayout).height();
   ASSERT_GT(full, 480);
   program.click("mDisclosureButton");
   EXPECT_TRUE(eventually([&] { return windows.frame(window).height() == 480; }, kPatience))

@@ -60,7 +60,8 @@ QColor Screen::meanColor(const QRect &rect) const {
 }
 
 bool Screen::save(const std::string &name, const QRect &rect) const {
-  const QString folder = QStringLiteral(ORVANE_SCREENSHOTS_DIR);
+  const QString folder =
+      qEnvironmentVariable("ORVANE_SCREENSHOTS", QStringLiteral(ORVANE_SCREENSHOTS_DIR));
   return QDir().mkpath(folder) && image(rect.isNull() ? bounds() : rect)
                                       .save(folder + QLatin1Char('/') +
                                             QString::fromStdString(name) + QStringLiteral(".png"));

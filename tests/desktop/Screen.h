@@ -21,7 +21,8 @@ class Screen {
   QColor pixel(const QPoint &place) const;
   // Each component averaged over the rectangle.
   QColor meanColor(const QRect &rect) const;
-  // Keeps the screen, or a part of it, as NAME.png among the screenshots of the build.
+  // Keeps the screen, or a part of it, as NAME.png among the screenshots of the build, or in
+  // the folder that the environment names as ORVANE_SCREENSHOTS.
   bool save(const std::string &name, const QRect &rect = {}) const;
 
  private:
