@@ -1,89 +1,99 @@
 #include "views/HeightAnimation.h"
 
-#include <QResizeEvent>
+#include <chrono>
+
+#include <QWidget>
+#include <QWindow>
+
+#include "views/PointerState.h"
 
 namespace orvane {
 namespace {
 
-// What is not answered by then will not be.
-constexpr qint64 kLongestAnswer = 1000;
+constexpr std::chrono::milliseconds kBetweenLooks{30};
+// Long enough for the desktop's answer to a height.
+constexpr int kSettled = 3;
+// A desktop that does not give the height by then does not want to.
+constexpr int kMostTries = 5;
 
 }  // namespace
 
-HeightAnimation::HeightAnimation() {
+HeightAnimation::HeightAnimation(QWidget &window) : mWindow(window) {
   mAnimation.setEasingCurve(QEasingCurve::InOutQuad);
-  connect(&mAnimation, &QVariantAnimation::valueChanged, this,
-          [this](const QVariant &height) { take(height.toInt()); });
-  connect(&mAnimation, &QVariantAnimation::finished, this, &HeightAnimation::ended);
+  connect(&mAnimation, &QVariantAnimation::valueChanged, this, [this](const QVariant &height) {
+    if (mAnimation.state() == QAbstractAnimation::Running)
+      ask(height.toInt());
+  });
+  mTimer.setInterval(kBetweenLooks);
+  connect(&mTimer, &QTimer::timeout, this, &HeightAnimation::look);
 }
 
-void HeightAnimation::start(QWindow &window, int from, int to, int duration) {
-  stop();
-  if (mWindow != &window) {
-    window.installEventFilter(this);
-    mWindow = &window;
-  }
-  mAnswered = {window.size()};
+void HeightAnimation::start(int height, int duration) {
+  if (!isOn())
+    mAsked.clear();
+  mAsked.append(mWindow.size());
+  mWidth = mWindow.width();
+  mAnimation.stop();
+  mTarget = height;
+  mLooksThere = 0;
+  mLooksOff = 0;
+  mTries = 0;
+  mIsOn = true;
+  mTimer.start();
   mAnimation.setDuration(duration);
-  mAnimation.setStartValue(from);
-  mAnimation.setEndValue(to);
+  mAnimation.setStartValue(mWindow.height());
+  mAnimation.setEndValue(height);
   mAnimation.start();
 }
 
-void HeightAnimation::forget() {
-  stop();
-  mAsked.clear();
+void HeightAnimation::stop() {
+  mAnimation.stop();
+  mTimer.stop();
+  mIsOn = false;
+}
+
+void HeightAnimation::cutShort() {
+  mAnimation.stop();
+  if (mIsOn)
+    mTimer.start();
+}
+
+bool HeightAnimation::isAway() const {
+  return mWindow.isMinimized() || !mWindow.isVisible();
+}
+
+// An answer to an earlier height may come after the last one was asked for, and be taken for the
+// window's own; the last one's comes then, or has to be asked for again.
+void HeightAnimation::look() {
+  if (isAway())
+    mTimer.stop();
+  const bool isHeld = !mWindow.windowHandle()->isExposed() || pointerState().isButtonDown;
+  if (mAnimation.state() == QAbstractAnimation::Running || isAway() || isHeld)
+    return;
+  if (mWindow.height() == mTarget) {
+    mLooksOff = 0;
+    if (++mLooksThere == kSettled)
+      end();
+    return;
+  }
+  mLooksThere = 0;
+  if (++mLooksOff < kSettled)
+    return;
+  mLooksOff = 0;
+  if (mTries++ == kMostTries)
+    end();
+  else
+    ask(mTarget);
 }
 
 void HeightAnimation::ask(int height) {
-  if (!mWindow || height == mWindow->height())
-    return;
-  if (!isAwaiting() || !mWindow->isVisible())
-    mAsked.clear();
-  // Nobody answers a hidden window.
-  if (!mWindow->isVisible())
-    return;
-  mAsked.append(height);
-  mSinceAsked.start();
-  mDesktopSize = {};
+  mAsked.append({mWidth, height});
+  mWindow.resize(mWidth, height);
 }
 
-void HeightAnimation::take(int height) {
-  if (mAnimation.state() == QAbstractAnimation::Running && !isAwaiting() && height != target())
-    emit goesOn(height);
-}
-
-bool HeightAnimation::isAwaiting() const {
-  return !mAsked.isEmpty() && mSinceAsked.elapsed() < kLongestAnswer;
-}
-
-bool HeightAnimation::isOutOfDate(const QSize &size) {
-  if (!isAwaiting())
-    return false;
-  const qsizetype answered = mAsked.indexOf(size.height());
-  if (answered < 0 && isGoingBack(size)) {
-    mAsked.clear();
-    return false;
-  }
-  if (answered < 0) {
-    // Not left to the window: it goes by the latest answer that has come, and that may be ours.
-    stop();
-    mDesktopSize = size;
-    return false;
-  }
-  mAsked.remove(0, answered + 1);
-  mAnswered.append(size);
-  if (!mDesktopSize.isEmpty()) {
-    mWindow->resize(mDesktopSize);
-    return true;
-  }
-  return !mAsked.isEmpty();
-}
-
-bool HeightAnimation::eventFilter(QObject *watched, QEvent *event) {
-  return (event->type() == QEvent::Resize &&
-          isOutOfDate(static_cast<QResizeEvent *>(event)->size())) ||
-         QObject::eventFilter(watched, event);
+void HeightAnimation::end() {
+  stop();
+  emit ended();
 }
 
 }  // namespace orvane

@@ -1,17 +1,15 @@
-// The way of a window's height from one value to another, eased: pixels, in milliseconds.
-//
-// The desktop answers a size some time after it was asked for. So no further height comes before
-// the window has the last one; where the desktop is slow there are fewer. An answer that is out of
-// date by then must not take the window back, and is kept from it: when another height has been
-// asked for meanwhile, and when the desktop has given the window a size of its own, which then is
-// asked for again. Main thread.
+// The way of a window's height from one value to another, eased. Whatever the desktop makes of the
+// heights on the way, and however late it tells of them, the window has the last one in the end;
+// but it is not taken out of a hand that moves it, nor brought back while it is minimised: then the
+// rest comes at once, afterwards. Main thread.
 #pragma once
 
-#include <QElapsedTimer>
 #include <QList>
-#include <QPointer>
+#include <QSize>
+#include <QTimer>
 #include <QVariantAnimation>
-#include <QWindow>
+
+class QWidget;
 
 namespace orvane {
 
@@ -19,47 +17,43 @@ class HeightAnimation : public QObject {
   Q_OBJECT
 
  public:
-  HeightAnimation();
+  // window outlives it.
+  explicit HeightAnimation(QWidget &window);
 
-  void start(QWindow &window, int from, int to, int duration);
-  // No height comes until it is started or stopped.
-  void pause() { mAnimation.pause(); }
-  // Nothing more is told of it.
-  void stop() { mAnimation.stop(); }
-  // Nor is any answer kept from the window.
-  void forget();
-  // The desktop is being asked for the height.
-  void ask(int height);
+  // In pixels and milliseconds.
+  void start(int height, int duration);
+  // The window keeps the height it has.
+  void stop();
+  // No more heights on the way: the last one as soon as the window is free. To be called whenever
+  // the window is shown or hidden.
+  void cutShort();
 
-  // Whether the desktop gives the window a size back that it has had on the way, as some do while a
-  // hand moves the window.
-  bool isGoingBack(const QSize &size) const { return mAnswered.contains(size); }
-
-  // Paused, too.
-  bool isOn() const { return mAnimation.state() != QAbstractAnimation::Stopped; }
+  bool isOn() const { return mIsOn; }
   // The height that it ends with.
-  int target() const { return mAnimation.endValue().toInt(); }
+  int target() const { return mTarget; }
+  // Whether it has asked for that size, or begun with it: the desktop's answer may come late.
+  bool hasAskedFor(const QSize &size) const { return mAsked.contains(size); }
 
  signals:
-  // The window is to ask for this height on the way.
-  void goesOn(int height);
-  // It is time for the last one.
+  // The window has the last height, or never will.
   void ended();
 
- protected:
-  bool eventFilter(QObject *watched, QEvent *event) override;
-
  private:
-  void take(int height);
-  bool isAwaiting() const;
-  bool isOutOfDate(const QSize &size);
+  void look();
+  void end();
+  bool isAway() const;
+  void ask(int height);
 
+  QWidget &mWindow;
   QVariantAnimation mAnimation;
-  QPointer<QWindow> mWindow;
-  QList<int> mAsked;  // in order, those not answered
-  QElapsedTimer mSinceAsked;
-  QList<QSize> mAnswered;  // on the way
-  QSize mDesktopSize;      // what the desktop has chosen meanwhile; empty for nothing
+  QTimer mTimer;  // while it is on and the window is not away
+  bool mIsOn = false;
+  QList<QSize> mAsked;
+  int mWidth = 0;
+  int mTarget = 0;
+  int mLooksThere = 0;  // on end, with the last height
+  int mLooksOff = 0;    // on end, with another one
+  int mTries = 0;       // with the last height
 };
 
 }  // namespace orvane

@@ -24,7 +24,6 @@ namespace {
 // Between the state, the size, the place and the decorations of a window that is maximised no
 // longer; they come one by one, in any order.
 constexpr std::chrono::milliseconds kSettled{60};
-constexpr std::chrono::milliseconds kBetweenLooks{30};
 
 QRectF flippedOnScreen(const QRectF &rect) {
   return flipped(rect, QGuiApplication::primaryScreen()->geometry().height());
@@ -36,10 +35,7 @@ Window::Window(QWidget *parent) : QMainWindow(parent) {
   mRestoreTimer.setSingleShot(true);
   mRestoreTimer.setInterval(kSettled);
   connect(&mRestoreTimer, &QTimer::timeout, this, &Window::tellRestored);
-  connect(&mAnimation, &HeightAnimation::goesOn, this, &Window::takeHeight);
-  connect(&mAnimation, &HeightAnimation::ended, this, &Window::endAnimationAtOnce);
-  mHeldTimer.setInterval(kBetweenLooks);
-  connect(&mHeldTimer, &QTimer::timeout, this, &Window::lookWhetherHeld);
+  connect(&mAnimation, &HeightAnimation::ended, this, &Window::placeContent);
   connect(&mDrag, &ResizeDrag::goesOn, this, &Window::keepProportions);
   connect(&mDrag, &ResizeDrag::released, this, &Window::letGoProportions);
   connect(&mDrag, &ResizeDrag::ended, this, &Window::endUserResize);
@@ -73,19 +69,17 @@ void Window::setFrame(const QRectF &frame, bool animate) {
     mSizeAtMissedFrame = size();
     return;
   }
-  const bool wasAnimated = mAnimation.isOn();
   mAnimation.stop();
-  mHeldTimer.stop();
   const QRect geometry = flippedOnScreen(frame).toRect().marginsRemoved(frameMargins());
   const int duration = animate ? animationDuration() : 0;
-  if (duration > 0 && geometry.height() != height()) {
-    mAnimation.start(*windowHandle(), height(), geometry.height(), duration);
-    setGeometry({geometry.topLeft(), QSize(geometry.width(), height())});
+  // A screen too small for the details makes the window narrower, too.
+  const bool isOnlyHeight =
+      geometry.topLeft() == this->geometry().topLeft() && geometry.width() == width();
+  if (duration > 0 && isOnlyHeight && geometry.height() != height()) {
+    mAnimation.start(geometry.height(), duration);
     placeContent();
     return;
   }
-  if (wasAnimated)
-    mAnimation.ask(geometry.height());
   // Where a window that was never shown or moved stands is for the desktop to say.
   if (!isVisible() && !testAttribute(Qt::WA_Moved) && frame.topLeft() == this->frame().topLeft())
     resize(geometry.size());
@@ -100,17 +94,6 @@ int Window::animationDuration() const {
   return isSeen && !QGuiApplication::platformName().startsWith(QLatin1String("wayland"))
              ? style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this)
              : 0;
-}
-
-void Window::takeHeight(int height) {
-  mAnimation.ask(height);
-  resize(width(), height);
-}
-
-void Window::endAnimationAtOnce() {
-  mAnimation.stop();
-  takeHeight(mAnimation.target());
-  placeContent();
 }
 
 // In these two the margins stand upside down, as the rectangles do.
@@ -175,18 +158,17 @@ void Window::closeEvent(QCloseEvent *event) {
 
 void Window::showEvent(QShowEvent *event) {
   QMainWindow::showEvent(event);
-  if (mAnimation.isOn())
-    holdAnimation();
+  mAnimation.cutShort();
   setWindowBackground(*windowHandle(), palette().color(QPalette::Window));
 }
 
 void Window::hideEvent(QHideEvent *event) {
   QMainWindow::hideEvent(event);
   // The desktop minimises it, and a new size meanwhile would bring it back.
-  if (mAnimation.isOn() && event->spontaneous())
-    holdAnimation();
-  else if (mAnimation.isOn())
-    endAnimationAtOnce();
+  mAnimation.cutShort();
+  // One that is minimised would be brought back by a new size.
+  if (mAnimation.isOn() && !event->spontaneous())
+    resize(width(), mAnimation.target());
   mDrag.cancel();
   letGoProportions();
   if (mIsClosing) {
@@ -207,10 +189,10 @@ void Window::changeEvent(QEvent *event) {
   else if (!isMinimized() && was)
     emit deminiaturized();
   if (mAnimation.isOn() && isSizedByDesktop()) {
-    mAnimation.forget();
+    mAnimation.stop();
     mSizeAtMissedFrame = size();
-  } else if (mAnimation.isOn()) {
-    holdAnimation();
+  } else {
+    mAnimation.cutShort();
   }
   placeContent();
   // What comes with it is the window manager's size, whatever the mouse does.
@@ -292,35 +274,18 @@ bool Window::focusNextPrevChild(bool next) {
   return false;
 }
 
-// A size would take the window away from the hand that moves it, or be refused; so it comes when
-// the hand has let go.
 void Window::moveEvent(QMoveEvent *event) {
   QMainWindow::moveEvent(event);
-  if (!mAnimation.isOn() || !event->spontaneous() || !pointerState().isButtonDown)
-    return;
-  holdAnimation();
-}
-
-void Window::holdAnimation() {
-  mAnimation.pause();
-  mHeldTimer.start();
-}
-
-void Window::lookWhetherHeld() {
-  if (mAnimation.isOn() && pointerState().isButtonDown)
-    return;
-  mHeldTimer.stop();
-  if (mAnimation.isOn() && !isMinimized() && windowHandle()->isExposed())
-    endAnimationAtOnce();
+  if (mAnimation.isOn() && event->spontaneous() && pointerState().isButtonDown)
+    mAnimation.cutShort();
 }
 
 void Window::resizeEvent(QResizeEvent *event) {
   QMainWindow::resizeEvent(event);
   if (mAnimation.isOn() && event->spontaneous()) {
-    if (mAnimation.isGoingBack(size())) {
-      holdAnimation();
+    if (mAnimation.hasAskedFor(event->size()))
       return;
-    }
+    // Another program's size, or a hand's.
     mAnimation.stop();
     placeContent();
   }

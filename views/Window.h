@@ -111,11 +111,7 @@ class Window : public QMainWindow {
   int menuBarHeight(int width) const;
   // Milliseconds; 0 for at once.
   int animationDuration() const;
-  void takeHeight(int height);
-  void endAnimationAtOnce();
   // Until no mouse button is down.
-  void holdAnimation();
-  void lookWhetherHeld();
   void orderFrontWith(bool keyboard);
   // Maximised or full screen.
   bool isSizedByDesktop() const;
@@ -136,8 +132,7 @@ class Window : public QMainWindow {
   QSizeF mLayoutSize;
   QSizeF mContentAspectRatio;
   bool mIsClosing = false;
-  HeightAnimation mAnimation;
-  QTimer mHeldTimer;       // while the animation is held
+  HeightAnimation mAnimation{*this};
   QSize mContentSizeTold;  // that it was laid out for
   std::optional<QSize> mSizeAtMissedFrame;
   QTimer mRestoreTimer;

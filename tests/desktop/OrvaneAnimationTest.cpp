@@ -49,13 +49,14 @@ class OrvaneAnimationTest : private SteadyTone, public MainWindowTest {
 };
 
 TEST_F(OrvaneAnimationTest, TheHeightChangesGraduallyAndNeverBack) {
+  std::size_t most = 0;
   for (const bool isDouble : {false, true}) {
     const int factor = isDouble ? 2 : 1;
     windows.moveResize(window, {0, 0}, whole(factor * kFullLayout));
     expectContent(factor * kFullLayout);
     for (const bool isFull : {false, true}) {
       const std::vector<QSize> sizes = switchTo(factor * (isFull ? kFullLayout : kCollapsedLayout));
-      EXPECT_GE(sizes.size(), 3U) << "too busy a machine";
+      most = std::max(most, sizes.size());
       for (std::size_t i = 1; i < sizes.size(); ++i) {
         EXPECT_EQ(sizes[i].width(), factor * kFullLayout.width());
         EXPECT_EQ(sizes[i].height() > sizes[i - 1].height(), isFull);
@@ -63,6 +64,8 @@ TEST_F(OrvaneAnimationTest, TheHeightChangesGraduallyAndNeverBack) {
       EXPECT_EQ(frame().topLeft(), QPoint(0, 0));
     }
   }
+  // A busy machine can miss the way, but not every time.
+  EXPECT_GE(most, 3U);
 }
 
 TEST_F(OrvaneAnimationTest, TheDetailsAppearOnTheWindowsColourAndNothingElseMoves) {

@@ -101,6 +101,7 @@ class WindowAnimationTest : public testing::Test {
   void expectRest(const QRectF &frame) {
     EXPECT_EQ(window.frame(), frame);
     EXPECT_EQ(window.geometry(), geometryOf(frame));
+    EXPECT_TRUE(eventually([&] { return content->size() == window.size(); }));
     wait(100);
     EXPECT_EQ(window.geometry(), geometryOf(frame));
     EXPECT_EQ(content->size(), window.size());
@@ -139,25 +140,51 @@ TEST_F(WindowAnimationTest, TheContentIsLaidOutOnceForTheHigherOfBothSizes) {
   window.setFrame(kHigh, true);
   EXPECT_EQ(content->takeSizes(), std::vector<QSize>{QSize(300, 596)});
   ASSERT_TRUE(eventually([&] { return window.height() == 596; }));
-  wait(50);
+  wait(300);
   EXPECT_EQ(content->takeSizes(), std::vector<QSize>());
 
   startTowards(kLow);
   EXPECT_EQ(content->size(), QSize(300, 596));
   EXPECT_EQ(content->takeSizes(), std::vector<QSize>());
   ASSERT_TRUE(eventually([&] { return window.height() == 196; }));
-  wait(50);
+  wait(300);
   EXPECT_EQ(content->takeSizes(), std::vector<QSize>{QSize(300, 196)});
   expectRest(kLow);
 }
 
-TEST_F(WindowAnimationTest, AllButTheHeightIsTakenAtOnce) {
-  const QRectF frame(60.0, 100.0, 254.0, 620.0);
-  window.setFrame(frame, true);
-  EXPECT_EQ(window.geometry(), QRect(62, 82, 250, 196));
-  EXPECT_EQ(content->takeSizes(), std::vector<QSize>{QSize(250, 616)});
-  EXPECT_TRUE(eventually([&] { return window.height() == 616; }));
-  expectRest(frame);
+TEST_F(WindowAnimationTest, AFrameThatChangesMoreThanTheHeightIsTakenAtOnce) {
+  const QRectF narrower(100.0, 100.0, 254.0, 600.0);
+  window.setFrame(narrower, true);
+  EXPECT_EQ(window.geometry(), geometryOf(narrower));
+  expectRest(narrower);
+  const QRectF elsewhere(60.0, 200.0, 254.0, 300.0);
+  window.setFrame(elsewhere, true);
+  EXPECT_EQ(window.geometry(), geometryOf(elsewhere));
+  expectRest(elsewhere);
+}
+
+TEST_F(WindowAnimationTest, AHeightFromOutsideThatIsNoLateAnswerEndsItToo) {
+  bool isTaken = false;
+  for (int attempt = 0; attempt < 5 && !isTaken; ++attempt) {
+    window.setFrame(kLow);
+    startTowards(kHigh);
+    window.windowHandle()->resize(300, 150);
+    wait(kDuration + 300);
+    isTaken = window.size() == QSize(300, 150);
+  }
+  EXPECT_TRUE(isTaken);
+  expectRest(QRectF(100.0, 546.0, 304.0, 154.0));
+}
+
+TEST_F(WindowAnimationTest, ALateAnswerToAnEarlierHeightDoesNotKeepTheLastOneAway) {
+  startTowards(kHigh);
+  const int earlier = window.height();
+  ASSERT_TRUE(eventually([&] { return window.height() == 596; }));
+  window.windowHandle()->resize(300, earlier);
+  EXPECT_TRUE(eventually([&] { return window.height() == earlier; }));
+  EXPECT_EQ(window.frame(), kHigh);
+  EXPECT_TRUE(eventually([&] { return window.height() == 596; }));
+  expectRest(kHigh);
 }
 
 TEST_F(WindowAnimationTest, TheKeyboardStaysWhereItIsPutMeanwhile) {
@@ -195,11 +222,17 @@ TEST_F(WindowAnimationTest, AnotherFrameGoesOnFromTheHeightReached) {
   expectRest(third);
 }
 
+// It can lose to a height that was asked for in the same moment, which a busy machine makes long.
 TEST_F(WindowAnimationTest, ASizeFromOutsideEndsIt) {
-  startTowards(kHigh);
-  window.windowHandle()->resize(320, 250);
-  EXPECT_TRUE(eventually([&] { return window.size() == QSize(320, 250); }));
-  wait(kDuration);
+  bool isTaken = false;
+  for (int attempt = 0; attempt < 5 && !isTaken; ++attempt) {
+    window.setFrame(kLow);
+    startTowards(kHigh);
+    window.windowHandle()->resize(320, 250);
+    wait(kDuration + 300);
+    isTaken = window.size() == QSize(320, 250);
+  }
+  EXPECT_TRUE(isTaken);
   expectRest(QRectF(100.0, 446.0, 324.0, 254.0));
 }
 
@@ -214,7 +247,13 @@ TEST_F(WindowAnimationTest, AWindowThatIsMovedMeanwhileStaysWhereItIsPut) {
 TEST_F(WindowAnimationTest, AWindowThatCannotBeSeenHasItsFrameAtOnce) {
   startTowards(kHigh);
   window.hide();
+  EXPECT_EQ(window.frame(), kHigh);
+  wait(100);
+  EXPECT_EQ(window.frame(), kHigh);
+  window.show();
+  EXPECT_TRUE(eventually([&] { return window.height() == 596; }));
   expectRest(kHigh);
+  window.hide();
   window.setFrame(kLow, true);
   expectRest(kLow);
 
