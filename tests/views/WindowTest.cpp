@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/views/SizedWidget.h"
 #include "views/ResizeWindow.h"
 
 namespace orvane::test {
@@ -94,23 +95,11 @@ TEST(Window, HasTheSmallestFrameAroundTheLayoutThatIsShown) {
   EXPECT_EQ(window.minSize(), QSizeF(484.0, 155.0));
 }
 
-// A content that remembers what it was laid out for.
-class Content : public QWidget {
- public:
-  std::vector<QSize> takeSizes() { return std::exchange(mSizes, {}); }
-
- protected:
-  void resizeEvent(QResizeEvent *event) override { mSizes.push_back(event->size()); }
-
- private:
-  std::vector<QSize> mSizes;
-};
-
 TEST(Window, ShowsItsLayoutAsLargeAsItCanBeOnAWholeScreen) {
   for (const Qt::WindowState state : {Qt::WindowMaximized, Qt::WindowFullScreen}) {
     SCOPED_TRACE(state);
     Window window;
-    auto *content = new Content;
+    auto *content = new SizedWidget;
     window.setCentralWidget(content);
     window.setLayoutSize(QSizeF(100.0, 200.0));
     window.setFrame(QRectF(100.0, 100.0, 300.0, 200.0));
