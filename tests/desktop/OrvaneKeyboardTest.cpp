@@ -209,6 +209,8 @@ TEST_P(OrvaneKeyboardTest, WhatTheCollapsedWindowDoesNotShowIsNotReached) {
   expectFocus("mDisclosureButton");
   input.key("space");
   expectHeight(full - (kFullLayout - kCollapsedLayout).height());
+  // The program learns its height a moment after the desktop knows it.
+  EXPECT_TRUE(eventually([this] { return program->controls().size() < 10; }, kPatience));
   for (const char *key : {"Tab", "Tab", "Shift+Tab", "Shift+Tab"}) {
     input.key(key);
     expectFocus("mDisclosureButton");

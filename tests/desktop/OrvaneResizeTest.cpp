@@ -315,10 +315,9 @@ TEST_F(OrvaneResizeTest, TheWindowManagerIsNotHeldToProportionsWhereTheUserIsNot
 }
 
 TEST_F(OrvaneResizeTest, AWindowThatAnotherProgramMovedStaysThereWhenItIsDragged) {
-  for (const QPoint &place : {QPoint(300, 200), QPoint(620, 330)}) {
-    windows.moveResize(window, place, kFullLayout + QSize(0, menuHeight));
-    ASSERT_TRUE(eventually([&] { return frame().topLeft() == place; }, kPatience));
-    const QRect before = frame();
+  for (const QPoint &corner : {QPoint(300, 200), QPoint(620, 330)}) {
+    place(kFullLayout, corner);
+    const QRect before = settledFrame();
     drag(kRight + kBottom, {80, 30});
     expectFrame(before, kRight + kBottom, smallest * (1.0 + 30 / smallest.height()), smallest);
   }
