@@ -150,7 +150,9 @@ TEST_F(Screenshots, Panels) {
   EXPECT_TRUE(eventually([&] { return windows.find("Orvane Help") != 0; }));
   keep("help", "Orvane Help");
   windows.close(windows.find("Orvane Help"));
+  EXPECT_TRUE(eventually([&] { return windows.find("Orvane Help") == 0; }));
   windows.activate(window);
+  EXPECT_TRUE(eventually([&] { return windows.active() == window; }));
   ASSERT_TRUE(program->chooseMenu("Orvane", "About Orvane"));
   EXPECT_TRUE(eventually([&] { return windows.find("About Orvane") != 0; }));
   keep("about", "About Orvane");
