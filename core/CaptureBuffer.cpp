@@ -69,20 +69,28 @@ void clamp(float *samples, UInt32 frames) {
   }
 }
 
+// Half the sum of two equal channels is the one, to the bit once it is clamped. As a product it
+// would take several times as long where the samples are denormal. Added to zero, as every sum is,
+// for the sake of minus zero.
+void takeOneOfTwo(float *mono, const float *samples, UInt32 frames) {
+  for (UInt32 f = 0; f < frames; ++f)
+    mono[f] = 0.0F + samples[2 * f];
+}
+
 // Frames first to first + frames − 1 of the leading buffers, folded into mono.
 void fold(float *mono, const AudioBuffer *buffers, UInt32 count, std::size_t first, UInt32 frames,
           bool halve) {
+  if (halve) {
+    takeOneOfTwo(mono, samplesOf(buffers[0]) + first * 2, frames);
+    return clamp(mono, frames);
+  }
   std::fill_n(mono, frames, 0.0F);
   for (UInt32 k = 0; k < count; ++k) {
     const AudioBuffer &buffer = buffers[k];
-    if (buffer.mNumberChannels == 0 || buffer.mData == nullptr)
+    if (buffer.mData == nullptr)
       continue;
     addChannels(mono, samplesOf(buffer) + first * buffer.mNumberChannels, frames,
                 buffer.mNumberChannels);
-  }
-  if (halve) {
-    for (UInt32 f = 0; f < frames; ++f)
-      mono[f] *= 0.5F;
   }
   clamp(mono, frames);
 }
@@ -118,12 +126,16 @@ void CaptureBuffer::deriveBlock() noexcept {
   const UInt32 bufferSize = bufferFrames * static_cast<UInt32>(sizeof(float));
   if (bufferFrames != 0) {
     void *grown = std::realloc(mBuffer, bufferSize);
-    if (grown == nullptr)
+    if (grown == nullptr) {
+      // Lost is what this callback brings; the next one tries again.
       bufferFrames = 0;
-    else
+      mIsBufferInvalid.store(true, std::memory_order_relaxed);
+      mQueue.post(CaptureBlock());
+    } else {
       mBuffer = static_cast<float *>(grown);
+    }
   }
-  mBufferSize = bufferFrames == 0 ? 0 : bufferSize;
+  mBufferSize = bufferFrames * static_cast<UInt32>(sizeof(float));
   mBufferFrames.store(bufferFrames, std::memory_order_relaxed);
 }
 

@@ -82,7 +82,9 @@ std::optional<NoteReading> noteReading(float frequency, const TuningSettings &se
 }
 
 std::string noteName(bool withOctave, const NoteTexts &texts) {
-  std::string name = texts.mNoteText.starts_with('A') ? "ay" : texts.mNoteText.substr(0, 1);
+  std::string name = texts.mNoteText.substr(0, 1);
+  if (name == "A")
+    name = "ay";
   name += ' ';
   if (texts.mAccidentalText == kNatural)
     name += kNatural;

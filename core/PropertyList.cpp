@@ -64,7 +64,9 @@ class Parser {
       return fail(mOffset, "the text is empty");
     if (!parseValue(root, 0) || !skipSpace())
       return false;
-    return atEnd() || fail(mOffset, "text after the end of the property list");
+    if (!atEnd())
+      return fail(mOffset, "text after the end of the property list");
+    return true;
   }
 
  private:

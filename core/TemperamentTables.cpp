@@ -92,7 +92,7 @@ bool comesBefore(const NamedList &a, const NamedList &b) {
       u_strCaseCompare(a.utf16.data(), static_cast<std::int32_t>(a.utf16.size()), b.utf16.data(),
                        static_cast<std::int32_t>(b.utf16.size()),
                        U_FOLD_CASE_DEFAULT | U_COMPARE_CODE_POINT_ORDER, &status);
-  return U_SUCCESS(status) && order < 0;
+  return order < 0;
 }
 
 void tell(const TemperamentTables::Log &log, const std::string &line) {
@@ -143,8 +143,8 @@ std::optional<std::string> readFile(const std::filesystem::path &file, std::stri
   std::error_code error;
   const auto status = std::filesystem::status(file, error);
   // Only regular files: opening a pipe could wait for ever.
-  if (error || !std::filesystem::exists(status)) {
-    reason = error ? error.message() : std::generic_category().message(ENOENT);
+  if (error) {
+    reason = error.message();
     return std::nullopt;
   }
   if (!std::filesystem::is_regular_file(status)) {

@@ -91,6 +91,50 @@ TEST(CaptureBuffer, ASingleDifferingFrameKeepsTheSumOfBothChannelsForTheWholeCal
   EXPECT_EQ(blocks[0][435], 0.375F);
 }
 
+TEST(CaptureBuffer, ADuplicatedSoundReadsAsItselfAcrossBlocks) {
+  // Blocks of 30 frames; the callback of 45 ends in the middle of the second.
+  CaptureFeed feed(550);
+  for (const std::size_t first : {0U, 45U}) {
+    std::vector<float> stereo;
+    for (const float sample : ramp(45, first))
+      stereo.insert(stereo.end(), 2, sample);
+    feed.feed({{2, stereo}});
+  }
+  EXPECT_EQ(feed.takeAll(),
+            (std::vector<std::vector<float>>{ramp(30), ramp(30, 30), ramp(30, 60)}));
+}
+
+TEST(CaptureBuffer, EveryFrameOfManyChannelsIsSummedAndClipped) {
+  // Frame f of n channels holds f/64 in each, so its sum is n·f/64, at most 1.
+  for (const UInt32 channels : {1U, 2U, 3U, 5U}) {
+    SCOPED_TRACE(channels);
+    CaptureFeed feed(550);
+    std::vector<float> samples;
+    std::vector<float> sums;
+    for (UInt32 f = 0; f < 30; ++f) {
+      samples.insert(samples.end(), channels, static_cast<float>(f) / 64.0F);
+      sums.push_back(std::min(static_cast<float>(channels * f) / 64.0F, 1.0F));
+    }
+    // A second buffer of the same size, so that two channels are no duplicate.
+    std::vector<float> twice = samples;
+    twice.insert(twice.end(), samples.begin(), samples.end());
+    feed.feed({{channels, twice}, {channels, std::vector<float>(twice.size(), 0.0F)}});
+    EXPECT_EQ(feed.takeAll(), (std::vector<std::vector<float>>{sums, sums}));
+  }
+}
+
+TEST(CaptureBuffer, WhatIsBarelyAboveFullScaleIsClippedWhereverItStands) {
+  CaptureFeed feed(550);
+  std::vector<float> samples(30, 1.0001F);
+  std::fill_n(samples.begin() + 15, 10, -1.0001F);
+  samples[29] = 0.5F;
+  std::vector<float> clipped(30, 1.0F);
+  std::fill_n(clipped.begin() + 15, 10, -1.0F);
+  clipped[29] = 0.5F;
+  feed.feedMono(samples);
+  EXPECT_EQ(feed.takeAll(), std::vector<std::vector<float>>{clipped});
+}
+
 TEST(CaptureBuffer, NotANumberInBothChannelsIsNotADuplicate) {
   CaptureFeed feed(8000);
   std::vector<float> samples(436 * 2, 0.25F);
@@ -175,6 +219,9 @@ TEST(CaptureBuffer, ANewSampleRateStartsAFreshBlockAtTheNextCallback) {
 }
 
 TEST(CaptureBuffer, AnInputTimeOfZeroStoresNothing) {
+  CaptureFeed early(8000);
+  early.feed({{1, ramp(1000)}}, 1e-9);
+  EXPECT_EQ(early.takeAll().size(), 2U);
   for (const double time : {0.0, -1.0, static_cast<double>(kNan)}) {
     CaptureFeed feed(8000);
     EXPECT_EQ(feed.feed({{1, ramp(1000)}}, time), noErr);
@@ -216,8 +263,41 @@ TEST(CaptureBuffer, ABufferWithoutChannelsStoresNothingAndDoesNotFault) {
   EXPECT_EQ(feed.capture.mBufferOffset, 1U);
 }
 
+TEST(CaptureBuffer, ABufferWithoutMemoryCountsAsSilence) {
+  CaptureFeed feed(550);
+  AudioTimeStamp time{1.0};
+  struct {
+    AudioBufferList list;
+    AudioBuffer second;
+  } buffers{};
+  float samples[30] = {0.25F, -0.5F};
+  const auto call = [&](AudioBuffer first, AudioBuffer second, UInt32 count) {
+    buffers.list = {count, {first}};
+    buffers.second = second;
+    const IOProcCall arguments{1, &time, &buffers.list, &time, nullptr, nullptr};
+    return feed.capture.inputIOProc(&arguments);
+  };
+  EXPECT_EQ(call({1, sizeof samples, nullptr}, {1, sizeof samples, samples}, 2), noErr);
+  EXPECT_EQ(call({1, sizeof samples, samples}, {1, sizeof samples, nullptr}, 2), noErr);
+  EXPECT_EQ(call({2, sizeof samples * 2, nullptr}, {}, 1), noErr);
+  const std::vector<float> sound(samples, samples + 30);
+  EXPECT_EQ(feed.takeAll(),
+            (std::vector<std::vector<float>>{sound, sound, std::vector<float>(30, 0.0F)}));
+}
+
+TEST(CaptureBuffer, WithoutAUsableRateEveryCallbackIsLeftOutUntilThereIsOne) {
+  CaptureFeed feed(0.0);
+  for (int i = 0; i < 3; ++i)
+    EXPECT_EQ(feed.feedMono(ramp(100)), noErr);
+  EXPECT_TRUE(feed.takeAll().empty());
+  feed.capture.setSampleRate(550);
+  feed.feedMono(ramp(30));
+  EXPECT_EQ(feed.takeAll(), std::vector<std::vector<float>>{ramp(30)});
+}
+
 TEST(CaptureBuffer, ARateThatGivesAnEmptyBlockStoresNothingAndPostsNothing) {
-  for (const double rate : {0.0, -44100.0, 18.3, static_cast<double>(kNan), 3e10, 1e30,
+  // From 2^30 frames on, which 1.96853e10 hertz gives, the bytes no longer fit their 32 bits.
+  for (const double rate : {0.0, -44100.0, 18.3, static_cast<double>(kNan), 1.9686e10, 3e10, 1e30,
                             static_cast<double>(kInfinity)}) {
     SCOPED_TRACE(rate);
     CaptureFeed feed(rate);
@@ -233,6 +313,13 @@ TEST(CaptureBuffer, ARateThatGivesAnEmptyBlockStoresNothingAndPostsNothing) {
     feed.feedMono(ramp(5000));
     EXPECT_TRUE(feed.takeAll().empty());
   }
+}
+
+TEST(CaptureBuffer, TheSmallestBlockHasOneFrame) {
+  // 27.5 / 1.5 is 18.333333…; the next float above it.
+  CaptureFeed feed(static_cast<double>(18.333334F));
+  feed.feedMono({0.25F, -0.5F});
+  EXPECT_EQ(feed.takeAll(), (std::vector<std::vector<float>>{{0.25F}, {-0.5F}}));
 }
 
 TEST(CaptureBuffer, AnUnchangedRateLeavesTheBlockInProgress) {

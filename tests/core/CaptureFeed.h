@@ -63,4 +63,18 @@ struct CaptureFeed {
   }
 };
 
+// How many samples a capture block has at that rate.
+inline std::size_t blockFrames(double sampleRate) {
+  return static_cast<std::size_t>(sampleRate / 27.5 * 1.5);
+}
+
+// One block of a tone whose period is a whole number of samples, so that its pitch is exact, and
+// whose every half-wave reaches the peak.
+inline std::vector<float> pulses(double sampleRate, std::size_t period, float peak = 0.5F) {
+  std::vector<float> samples(blockFrames(sampleRate), -peak);
+  for (std::size_t place = 5; place < samples.size(); place += period)
+    samples[place] = peak;
+  return samples;
+}
+
 }  // namespace orvane::test

@@ -36,6 +36,7 @@ TEST(NumberText, ATextThatBeginsWithNoNumberIsZero) {
 TEST(NumberText, AFloatOutOfRangeIsInfiniteOrZeroWithItsSign) {
   EXPECT_EQ(floatValue("1e39"), kInfinity);
   EXPECT_EQ(floatValue("-1e39"), -kInfinity);
+  EXPECT_EQ(floatValue("1e+39"), kInfinity);
   EXPECT_EQ(floatValue("1e-46"), 0.0F);
   EXPECT_TRUE(std::signbit(floatValue("-1e-46")));
 }

@@ -99,6 +99,8 @@ TEST(PitchDetector, TheLevelIsQuantisedAsASixteenBitSampleAndCutToWholeDecibels)
       {3.1e-5F, 5},          // q = 2: 96 − 90.31 = 5.69
       {0.1F, 75},            // q = 6553: 75.999
       {0.70710677F, 92},     // q = 46340: 92.99
+      {0x1.c85362p-1F, 94},  // q = 58408 of 58408.8: 94.99998
+      {0x1.c854c8p-1F, 95},  // q = 58409: 95.0001
   };
   for (const auto &row : rows) {
     SCOPED_TRACE(row.peak);
@@ -132,6 +134,27 @@ TEST(PitchDetector, OfEqualSamplesTheLaterOneIsThePeak) {
     samples[place] = 0.5F;
   EXPECT_TRUE(d.detect(samples));
   EXPECT_EQ(d.detector.mRawFrequency, 10.0F);
+}
+
+TEST(PitchDetector, AZeroEndsAHalfWave) {
+  // Peaks 100 apart, each with a zero and an equal sample behind it: 2 peaks a period, so that the
+  // spacings are 2 and 98, and the larger one counts.
+  std::vector<float> samples(2405, -0.25F);
+  for (std::size_t place = 50; place < 2400; place += 100) {
+    samples[place] = samples[place + 2] = 0.5F;
+    samples[place + 1] = 0.0F;
+  }
+  Detector d;
+  // Of 48 spacings 23 are 98 and 24 are 2: no majority.
+  EXPECT_FALSE(d.detect(samples));
+  EXPECT_EQ(d.detector.mRawPeak, 0.5F);
+}
+
+TEST(PitchDetector, TheFirstPeakMayBeAsSmallAsItLikes) {
+  // Two spacings that count would be 950 and 850 without the first.
+  Detector d;
+  EXPECT_TRUE(d.detect(pulses({{100, 0.0005F}, {1000, 0.5F}, {1850, 0.5F}}, 2405)));
+  EXPECT_EQ(d.detector.mRawFrequency, 49.0F);  // 44100 / 900
 }
 
 TEST(PitchDetector, NotANumberEndsAHalfWaveAndAddsNothingToTheLevel) {

@@ -133,6 +133,11 @@ TEST(PropertyList, OctalEscapesFrom200UpStandForTheFormatsOwnCharacters) {
   EXPECT_EQ(parsedString(text + u"\""), expected);
 }
 
+TEST(PropertyList, AnEscapeAtTheEndOfTheTextLeavesTheStringOpen) {
+  for (const auto text : {u"\"\\1", u"\"\\12", u"\"\\101", u"\"\\U4", u"\"\\U0041", u"\"\\"})
+    EXPECT_EQ(errorOf(text), "line 1, column 1: string has no end");
+}
+
 TEST(PropertyList, AnOctalEscapeAbove377IsAnError) {
   EXPECT_EQ(errorOf(uR"("ab\400")"), "line 1, column 4: octal escape above \\377");
 }
@@ -267,6 +272,26 @@ TEST(PropertyList, ValuesKnowWhereTheyBegan) {
   EXPECT_EQ(list->offset, 7U);
   EXPECT_EQ(list->list()->at(1).offset, 11U);
   EXPECT_EQ(PropertyList::errorAt(text, 11, "odd").description(), "line 2, column 10: odd");
+}
+
+TEST(PropertyList, ACommentThatHasNoEndIsAnErrorWhereverItStands) {
+  EXPECT_EQ(errorOf(u"{ /* x"), "line 1, column 3: comment has no end");
+  EXPECT_EQ(errorOf(u"( /* x"), "line 1, column 3: comment has no end");
+  EXPECT_EQ(errorOf(u"{a /* x"), "line 1, column 4: comment has no end");
+  EXPECT_EQ(errorOf(u"{a = /* x"), "line 1, column 6: comment has no end");
+  EXPECT_EQ(errorOf(u"{a = b /* x"), "line 1, column 8: comment has no end");
+  EXPECT_EQ(errorOf(u"(a /* x"), "line 1, column 4: comment has no end");
+  EXPECT_EQ(errorOf(u"a /* x"), "line 1, column 3: comment has no end");
+}
+
+TEST(PropertyList, ASlashAtTheEndOfTheTextIsNoComment) {
+  EXPECT_EQ(errorOf(u"{} /"), "line 1, column 4: text after the end of the property list");
+  EXPECT_EQ(parsedString(u"/"), "/");
+}
+
+TEST(PropertyList, AColumnCountsALoneSurrogateAndAPairOnce) {
+  const char16_t text[] = {u'/', u'*', 0xD834, u'x', 0xD834, 0xDD1E, 0xDD1E, u'*', u'/', u'!'};
+  EXPECT_EQ(errorOf({text, std::size(text)}), "line 1, column 9: expected a value");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // Temperaments read from files, the shipped one among them.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -76,6 +77,13 @@ TEST_F(TemperamentFile, BelowAFileGivesTheBuiltInTable) {
   expectBuiltIn(loaded, path.string() + ": Not a directory");
 }
 
+TEST_F(TemperamentFile, WhoseNameWouldBreakTheLogLineIsNamedWithQuestionMarks) {
+  Loaded loaded;
+  loaded.load(mFolder / "Stimmungen für\x7f\n\tden Flügel.txt");
+  expectBuiltIn(loaded,
+                mFolder.string() + "/Stimmungen für???den Flügel.txt: No such file or directory");
+}
+
 TEST_F(TemperamentFile, ThatIsAFolderGivesTheBuiltInTable) {
   Loaded loaded;
   loaded.load(mFolder);
@@ -100,6 +108,18 @@ TEST_F(TemperamentFile, ThatCannotBeOpenedGivesTheBuiltInTable) {
   expectBuiltIn(loaded, path.string() + ": Permission denied");
 }
 
+TEST_F(TemperamentFile, ThatFindsNoDescriptorFreeGivesTheBuiltInTable) {
+  Loaded loaded;
+  const auto path = write(littleEndian("{}"));
+  rlimit limit{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit none = {0, limit.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  loaded.load(path);
+  setrlimit(RLIMIT_NOFILE, &limit);
+  expectBuiltIn(loaded, path.string() + ": Too many open files");
+}
+
 TEST_F(TemperamentFile, WhoseReadFailsGivesTheBuiltInTable) {
   // Address 0 is never mapped, so reading there fails although the file opens.
   Loaded loaded;
@@ -117,9 +137,12 @@ TEST_F(TemperamentFile, ThatIsEmptyGivesTheBuiltInTable) {
 TEST_F(TemperamentFile, ThatIsTooLargeGivesTheBuiltInTable) {
   Loaded loaded;
   const auto path = write("");
-  std::filesystem::resize_file(path, TemperamentTables::kMaximumFileSize + 2);
-  loaded.load(path);
-  expectBuiltIn(loaded, path.string() + ": larger than 4 MiB");
+  for (const std::size_t more : {2U, 65536U, 1U << 30}) {
+    std::filesystem::resize_file(path, TemperamentTables::kMaximumFileSize + more);
+    loaded = Loaded();
+    loaded.load(path);
+    expectBuiltIn(loaded, path.string() + ": larger than 4 MiB");
+  }
 }
 
 TEST_F(TemperamentFile, OfTheLargestSizeIsRead) {

@@ -1,6 +1,7 @@
 #include "core/Utf16.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <string>
 #include <string_view>
@@ -111,6 +112,18 @@ TEST(Utf16, DoesNotComeFromInvalidUtf8) {
   EXPECT_FALSE(utf16FromUtf8("a\xc3"));
   EXPECT_FALSE(utf16FromUtf8("\xed\xa0\x80"));  // a surrogate
   EXPECT_FALSE(utf16FromUtf8("\xc0\x80"));      // longer than need be
+}
+
+TEST(Utf16, TooLongForTheConversionIsRefusedUnread) {
+  // Addresses of their own without memory behind them: whoever reads there crashes.
+  constexpr std::size_t kBytes = (std::size_t{1} << 30) + 4096;
+  void *region =
+      mmap(nullptr, kBytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  ASSERT_NE(region, MAP_FAILED);
+  const std::size_t tooLong = (std::size_t{1} << 29) + 1;
+  EXPECT_FALSE(utf8FromUtf16({static_cast<const char16_t *>(region), tooLong}));
+  EXPECT_FALSE(utf16FromUtf8({static_cast<const char *>(region), tooLong}));
+  munmap(region, kBytes);
 }
 
 }  // namespace
