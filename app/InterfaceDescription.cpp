@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include <QBuffer>
 #include <QFile>
 #include <QUiLoader>
 
@@ -60,9 +61,14 @@ InterfaceDescription::InterfaceDescription(const QString &name)
   QFile file(mName);
   if (!file.open(QIODevice::ReadOnly))
     fail(file.errorString().toStdString());
+  QBuffer text;
+  text.setData(file.readAll());
+  if (file.error() != QFileDevice::NoError)
+    fail(file.errorString().toStdString());
+  text.open(QIODevice::ReadOnly);
   Loader loader;
   loader.setLanguageChangeEnabled(false);
-  mRoot.reset(loader.load(&file));
+  mRoot.reset(loader.load(&text));
   if (mRoot == nullptr)
     fail(loader.errorString().simplified().toStdString());
 }

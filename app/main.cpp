@@ -14,6 +14,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QIcon>
+#include <QPainter>
+#include <QPixmap>
 #include <QScopeGuard>
 
 #include "app/Controller.h"
@@ -22,6 +24,8 @@
 #include "app/QuitSignals.h"
 #include "audio/PulseAudioHardware.h"
 #include "audio/RecordingHardware.h"
+#include "core/UncaughtErrors.h"
+#include "views/Picture.h"
 
 namespace orvane {
 namespace {
@@ -77,6 +81,23 @@ void log(QtMsgType type, const QMessageLogContext & /*context*/, const QString &
     std::_Exit(kExitFailed);
 }
 
+// In the sizes that desktops ask for; empty when the picture cannot be read.
+QIcon windowIcon() {
+  QIcon icon;
+  const auto picture = Picture::imageNamed(QStringLiteral("orvane"));
+  if (picture == nullptr)
+    return icon;
+  for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+    QPixmap pixmap(size, size);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    picture->drawInRect(painter, QRectF(0, 0, size, size));
+    painter.end();
+    icon.addPixmap(pixmap);
+  }
+  return icon;
+}
+
 int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
   QCoreApplication::setOrganizationName(QStringLiteral("velmora"));
   QCoreApplication::setApplicationName(QStringLiteral("Orvane"));
@@ -87,7 +108,7 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
   // The controller decides when the last window was closed.
   QApplication::setQuitOnLastWindowClosed(false);
   QDir::setSearchPaths(QStringLiteral("resources"), {resourceFolder()});
-  QApplication::setWindowIcon(QIcon(QStringLiteral("resources:orvane.svg")));
+  QApplication::setWindowIcon(windowIcon());
 
   const std::unique_ptr<AudioHardware> hardware = makeHardware(options.inputs, system);
   if (hardware == nullptr)
@@ -108,6 +129,12 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
   std::atexit(finish);
   controller.awakeFromNib();
   return QApplication::exec();
+}
+
+// Before the other objects with static storage, which take memory.
+[[gnu::constructor(101)]] void prepareForTheWorst() {
+  reportUncaughtErrors("orvane");
+  endWithoutMemory();
 }
 
 }  // namespace
@@ -146,11 +173,8 @@ int main(int argc, char **argv) {
   try {
     return orvane::run(argc, argv, options, system);
   } catch (const orvane::InterfaceError &error) {
+    // No other: the toolkit's objects do not stand being unwound in the midst of something.
     system.log(error.what());
-  } catch (const std::bad_alloc &) {
-    system.log("memory: not enough");
-  } catch (const std::exception &error) {
-    system.log(std::string("internal error: ") + error.what());
   }
   return orvane::kExitFailed;
 }

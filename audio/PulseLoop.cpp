@@ -1,10 +1,27 @@
 #include "audio/PulseLoop.h"
 
+#include <csignal>
 #include <thread>
 
 #include "audio/RetryDelay.h"
 
 namespace orvane {
+namespace {
+
+// Without memory the library raises SIGQUIT to leave a core dump, and where that is blocked, as in
+// the background threads, ends the program with a line and status 1.
+pa_mainloop *newLoop() {
+  sigset_t quit;
+  sigset_t before;
+  sigemptyset(&quit);
+  sigaddset(&quit, SIGQUIT);
+  pthread_sigmask(SIG_BLOCK, &quit, &before);
+  pa_mainloop *loop = pa_mainloop_new();
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  return loop;
+}
+
+}  // namespace
 
 void PulseContextCloser::operator()(pa_context *context) const {
   pa_context_set_state_callback(context, nullptr, nullptr);
@@ -13,7 +30,7 @@ void PulseContextCloser::operator()(pa_context *context) const {
   pa_context_unref(context);
 }
 
-PulseLoop::PulseLoop() : mLoop(pa_mainloop_new()) {}
+PulseLoop::PulseLoop() : mLoop(newLoop()) {}
 
 void PulseLoop::wake() {
   mIsWoken.store(true);

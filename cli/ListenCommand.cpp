@@ -145,6 +145,9 @@ class Notices {
         throw CliError(kExitFailed, mInput.title(), "gives no sound");  // a file does not return
       return mInput.title() + (mWasAlive ? ": is back" : ": is gone, waiting for its return");
     }
+    // Awake so late, this process was stopped itself, and no block could arrive.
+    if (!mIsQuietTold && now - mQuietSince > kQuietSeconds + kLateSeconds)
+      blockArrived(now);
     if (!mIsQuietTold && now - mQuietSince >= kQuietSeconds) {
       mIsQuietTold = true;
       if (mWasAlive)
@@ -159,6 +162,7 @@ class Notices {
 
  private:
   static constexpr double kQuietSeconds = 3.0;
+  static constexpr double kLateSeconds = 0.1;
 
   const LiveInput &mInput;
   const BlockQueue &mQueue;

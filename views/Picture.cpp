@@ -27,10 +27,11 @@ bool isShowable(const QRectF &rect) {
 }  // namespace
 
 std::shared_ptr<const Picture> Picture::imageNamed(const QString &name) {
-  const QString path = QStringLiteral("resources:%1.svg").arg(name);
-  if (!QFile::exists(path))
+  QFile file(QStringLiteral("resources:%1.svg").arg(name));
+  if (!file.open(QIODevice::ReadOnly))
     return nullptr;
-  auto renderer = std::make_unique<QSvgRenderer>(path);
+  // Left to itself, the renderer asks a file that the disk does not give for more, for ever.
+  auto renderer = std::make_unique<QSvgRenderer>(file.readAll());
   if (!renderer->isValid() || renderer->defaultSize().isEmpty())
     return nullptr;
   return std::make_shared<const Picture>(std::move(renderer));

@@ -132,6 +132,11 @@ TEST_F(InterfaceDescriptionTest, NamesAMissingDescription) {
   errorIn("MainMenu.ui");
 }
 
+TEST_F(InterfaceDescriptionTest, NamesADescriptionThatCannotBeRead) {
+  mResources.makeUnreadable("MainMenu.ui");
+  EXPECT_EQ(error(), "MainMenu.ui: Input/output error");
+}
+
 TEST_F(InterfaceDescriptionTest, NamesADamagedDescriptionInOneLine) {
   const std::string whole = mResources.read("MainMenu.ui");
   for (const std::string &damaged :

@@ -46,6 +46,11 @@ class ResourceFolder {
   void makeFolder(const std::string &name) const {
     std::filesystem::create_directory(mPath / name);
   }
+  // It can be opened, and every read gives an error.
+  void makeUnreadable(const std::string &name) const {
+    remove(name);
+    std::filesystem::create_symlink("/proc/self/mem", mPath / name);
+  }
   // Replaces the text wherever it stands, which must be somewhere.
   void edit(const std::string &name, const std::string &text, const std::string &other) const {
     std::string bytes = read(name);

@@ -40,11 +40,14 @@ struct Pipe {
   }
   if (options.withoutServer)
     ::setenv("PULSE_SERVER", "unix:/nonexistent/native", 1);
-  std::vector<char *> argv{const_cast<char *>("orvane-cli")};
+  for (const auto &[name, value] : options.environment)
+    ::setenv(name.c_str(), value.c_str(), 1);
+  const char *program = options.program.empty() ? ORVANE_CLI : options.program.c_str();
+  std::vector<char *> argv{const_cast<char *>(program)};
   for (const std::string &argument : arguments)
     argv.push_back(const_cast<char *>(argument.c_str()));
   argv.push_back(nullptr);
-  ::execv(ORVANE_CLI, argv.data());
+  ::execv(program, argv.data());
   ::_exit(127);
 }
 
@@ -110,6 +113,8 @@ CommandResult runCommand(const std::vector<std::string> &arguments, const Comman
   ::waitpid(child, &status, 0);
   if (WIFEXITED(status))
     result.exitCode = WEXITSTATUS(status);
+  else
+    result.signal = WTERMSIG(status);
   return result;
 }
 

@@ -1,13 +1,16 @@
-// Runs orvane-cli as a user would and keeps everything it said. Main thread only.
+// Runs orvane-cli, or another program, as a user would and keeps everything it said. Main thread
+// only.
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvane::test {
 
 struct CommandResult {
   int exitCode = -1;  // −1 when it had to be killed or a signal ended it
+  int signal = 0;     // the one that ended it
   std::string output;
   std::string errors;
 
@@ -15,6 +18,8 @@ struct CommandResult {
 };
 
 struct CommandOptions {
+  std::string program;                                           // a path in place of orvane-cli's
+  std::vector<std::pair<std::string, std::string>> environment;  // set besides this process's own
   std::string outputTo;       // a file in place of the pipe; "-" closes standard output
   long mostBytes = 0;         // limit of the size of that file; 0 for none
   bool closeEarly = false;    // nobody reads the pipe
@@ -22,7 +27,7 @@ struct CommandOptions {
   bool withoutServer = true;  // point it at a sound server that is not there
 };
 
-// arguments: what follows "orvane-cli". Killed after 30 s.
+// arguments: what follows the program's name. Killed after 30 s.
 CommandResult runCommand(const std::vector<std::string> &arguments,
                          const CommandOptions &options = {});
 

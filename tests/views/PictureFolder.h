@@ -1,6 +1,7 @@
 // The program's pictures, for the length of a test, are those the test writes.
 #pragma once
 
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -23,6 +24,10 @@ class PictureFolder {
 
   void write(const std::string &name, const std::string &text) const {
     std::ofstream(mFolder / (name + ".svg")) << text;
+  }
+  // A file that can be opened and gives an error for every read.
+  void writeUnreadable(const std::string &name) const {
+    std::filesystem::create_symlink("/proc/self/mem", mFolder / (name + ".svg"));
   }
   // A picture of one colour.
   void writePlain(const std::string &name, int width, int height, const std::string &colour) const {

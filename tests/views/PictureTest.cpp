@@ -51,6 +51,12 @@ TEST(Picture, IsNullWhenThereIsNoneOrItIsDamaged) {
   EXPECT_EQ(Picture::imageNamed("empty"), nullptr);
 }
 
+TEST(Picture, IsNullWhenItsFileCannotBeRead) {
+  const PictureFolder folder;
+  folder.writeUnreadable("unreadable");
+  EXPECT_EQ(Picture::imageNamed("unreadable"), nullptr);
+}
+
 TEST(Picture, HasTheSizeOfItsDrawing) {
   const PictureFolder folder;
   folder.writePlain("needle", 21, 150, "red");
