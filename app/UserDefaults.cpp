@@ -1,22 +1,26 @@
 #include "app/UserDefaults.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
+#include <QByteArray>
 #include <QChar>
+#include <QDataStream>
 #include <QFile>
 #include <QIODevice>
 #include <QList>
-#include <QLockFile>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QStringList>
-#include <QTemporaryDir>
 
+#include "app/FileLock.h"
 #include "core/NumberText.h"
 
 namespace orvane {
@@ -33,41 +37,102 @@ QString textOf(const QVariant &value) {
   return isList ? value.toStringList().join(QStringLiteral(", ")) : value.toString();
 }
 
-// Why the file cannot be given to QSettings; empty when it can or is missing.
-std::string whyUnreadable(const std::filesystem::path &file) {
+// What there is to know of the file before it is given to QSettings, which takes one that it cannot
+// read for an empty one.
+struct Inspection {
+  std::string reason;     // why it cannot be read; empty when it can, or is missing
+  bool mayPass = false;   // the reason is none of the file's
+  bool hasValue = false;  // a line of it gives a value to a key
+};
+
+Inspection unreadable(int error) {
+  return {std::generic_category().message(error),
+          error == EMFILE || error == ENFILE || error == ENOMEM || error == EIO};
+}
+
+// Only for a key that QSettings cannot fail to list.
+bool givesValue(const std::string &line) {
+  const std::size_t sign =
+      line.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._-");
+  return sign != 0 && sign != std::string::npos && line[sign] == '=';
+}
+
+Inspection inspect(const std::filesystem::path &file) {
   std::error_code error;
   const auto status = std::filesystem::status(file, error);
   if (status.type() == std::filesystem::file_type::not_found)
     return {};
   if (error)
-    return error.message();
+    return unreadable(error.value());
   // Opening a pipe could wait for ever.
   if (!std::filesystem::is_regular_file(status))
-    return "is no regular file";
-  if (::access(file.c_str(), R_OK) != 0)
-    return std::generic_category().message(errno);
+    return {"is no regular file"};
   const auto size = std::filesystem::file_size(file, error);
   if (error)
-    return error.message();
+    return unreadable(error.value());
   if (size > UserDefaults::kMaximumFileSize)
-    return "is larger than " + std::to_string(UserDefaults::kMaximumFileSize >> 10) + " KiB";
-  return {};
+    return {"is larger than " + std::to_string(UserDefaults::kMaximumFileSize >> 10) + " KiB"};
+  const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+  if (descriptor < 0)
+    return unreadable(errno);
+  std::string bytes(size, '\0');
+  const ssize_t count = ::read(descriptor, bytes.data(), bytes.size());
+  const int readError = errno;
+  ::close(descriptor);
+  if (count < 0)
+    return unreadable(readError);
+  Inspection inspection;
+  std::istringstream lines(bytes);
+  // From a quotation mark or backslash on, a line need not be one.
+  for (std::string line; !inspection.hasValue && std::getline(lines, line) &&
+                         line.find_first_of("\"\\") == std::string::npos;)
+    inspection.hasValue = givesValue(line);
+  return inspection;
 }
 
 // Whether a person can have written it; damage makes keys that are no text.
 bool isReadableKey(const QString &key) {
+  // QSettings takes such slashes out of a key that it is asked for.
+  if (key.startsWith(u'/') || key.endsWith(u'/') || key.contains(QStringLiteral("//")))
+    return false;
   const QList<uint> characters = key.toUcs4();
   return !key.isEmpty() && std::all_of(characters.begin(), characters.end(), [](uint character) {
     return QChar::isPrint(character) && character != QChar::ReplacementCharacter;
   });
 }
 
+// Whether what QSettings would write of the value reads the same again. A broken one in the file,
+// such as a time of no time zone, does not, and would stop all others from being saved.
+bool isWritable(const QVariant &value) {
+  // The forms that QSettings writes.
+  const auto version =
+      value.typeId() == QMetaType::QDateTime ? QDataStream::Qt_5_6 : QDataStream::Qt_4_0;
+  QByteArray bytes;
+  QDataStream out(&bytes, QIODevice::WriteOnly);
+  out.setVersion(version);
+  out << value;
+  QDataStream in(bytes);
+  in.setVersion(version);
+  QVariant again;
+  in >> again;
+  return textOf(again) == textOf(value);
+}
+
+// QSettings writes the name of this section in one way, however it was read.
+QString asWritten(const QString &key) {
+  const QString section = QStringLiteral("General/");
+  return key.startsWith(section, Qt::CaseInsensitive) ? section + key.mid(section.size()) : key;
+}
+
 // All text that can be asked for again by its key.
 QVariantMap valuesOf(const QSettings &settings) {
   QVariantMap values;
   for (const QString &key : settings.allKeys()) {
-    if (isReadableKey(key) && settings.contains(key) && textOf(settings.value(key)).isValidUtf16())
-      values.insert(key, settings.value(key));
+    if (!isReadableKey(key) || !settings.contains(key))
+      continue;
+    const QVariant value = settings.value(key);
+    if (textOf(value).isValidUtf16() && isWritable(value))
+      values.insert(asWritten(key), value);
   }
   return values;
 }
@@ -127,6 +192,31 @@ bool flushToDisk(const std::filesystem::path &file) {
   return stream.open(QIODevice::ReadOnly) && ::fsync(stream.handle()) == 0;
 }
 
+// Holds all that the writing makes, and takes it away again. Always the same, so that no heap of
+// them is left by programs that end in the midst of it.
+class WorkFolder {
+ public:
+  explicit WorkFolder(std::filesystem::path path) : mPath(std::move(path)) {
+    remove();
+    mError = ::mkdir(mPath.c_str(), S_IRWXU) == 0 ? 0 : errno;
+  }
+  ~WorkFolder() { remove(); }
+  WorkFolder(const WorkFolder &) = delete;
+  WorkFolder &operator=(const WorkFolder &) = delete;
+
+  int error() const { return mError; }
+  const std::filesystem::path &path() const { return mPath; }
+
+ private:
+  void remove() const {
+    std::error_code ignored;
+    std::filesystem::remove_all(mPath, ignored);
+  }
+
+  std::filesystem::path mPath;
+  int mError = 0;
+};
+
 }  // namespace
 
 std::filesystem::path UserDefaults::standardFile() {
@@ -153,16 +243,28 @@ void UserDefaults::moveAside(const std::string &reason) {
                        : "; moved to " + aside.filename().string()));
 }
 
-void UserDefaults::load() {
-  mStored.clear();
-  if (const std::string reason = whyUnreadable(mFile); !reason.empty()) {
-    moveAside(reason);
-    return;
+bool UserDefaults::load() {
+  const Inspection inspection = inspect(mFile);
+  if (inspection.mayPass) {
+    tell("cannot be read: " + inspection.reason);
+    return false;
+  }
+  if (!inspection.reason.empty()) {
+    mStored.clear();
+    moveAside(inspection.reason);
+    return true;
   }
   const QSettings settings(toolkitPath(mFile), QSettings::IniFormat);
+  const bool isUnread = settings.status() == QSettings::NoError && inspection.hasValue &&
+                        settings.allKeys().isEmpty();
+  if (settings.status() == QSettings::AccessError || isUnread) {
+    tell("cannot be read");
+    return false;
+  }
   mStored = valuesOf(settings);
   if (settings.status() != QSettings::NoError)
     tell("is damaged; what can be read is used");
+  return true;
 }
 
 void UserDefaults::registerDefaults(const std::map<std::string, std::string> &dictionary) {
@@ -217,17 +319,20 @@ void UserDefaults::setObject(const std::optional<std::string> &value, const std:
 void UserDefaults::synchronize() {
   std::error_code error;
   std::filesystem::create_directories(mFile.parent_path(), error);
+  if (error)
+    return tell("cannot be written: " + error.message());
   // Programs that write at the same time would otherwise undo each other's changes.
-  QLockFile lock(toolkitPath(mFile) + QStringLiteral(".lock"));
-  if (error || !lock.tryLock(static_cast<int>(kLockTimeout.count()))) {
-    const bool isHeld = !error && lock.error() == QLockFile::LockFailedError;
-    tell(std::string("cannot be written: ") + (error    ? error.message()
-                                               : isHeld ? "another program holds its lock"
-                                                        : "no lock can be made beside it"));
-    return;
-  }
-  load();
-  if (const std::string reason = save(); !reason.empty())
+  std::filesystem::path lockFile = targetOf(mFile);
+  lockFile += ".lock";
+  FileLock lock(lockFile);
+  const FileLock::Answer answer = lock.take(kLockTimeout);
+  if (answer == FileLock::Answer::HeldByAnother)
+    return tell("cannot be written: another program holds its lock");
+  if (answer == FileLock::Answer::Impossible)
+    return tell("cannot be written: no lock can be made beside it");
+  // Written without having been read, it would lose what others keep there.
+  const std::string reason = load() ? save() : "it cannot be read";
+  if (!reason.empty())
     tell("cannot be written: " + reason);
 }
 
@@ -245,12 +350,13 @@ std::string UserDefaults::save() {
   const std::filesystem::path target = targetOf(mFile);
   if (::access(target.c_str(), W_OK) != 0 && errno != ENOENT)
     return std::generic_category().message(errno);
-  // A folder of its own holds all that the writing makes, and takes it away again.
-  const QTemporaryDir folder(toolkitPath(target.parent_path() / ".Orvane-XXXXXX"));
-  if (!folder.isValid())
-    return folder.errorString().toStdString();
-  const std::filesystem::path file =
-      std::filesystem::path(folder.path().toStdString()) / target.filename();
+  std::filesystem::path work = target.parent_path() / ".";
+  work += target.filename();
+  work += ".new";
+  const WorkFolder folder(work);
+  if (folder.error() != 0)
+    return std::generic_category().message(folder.error());
+  const std::filesystem::path file = folder.path() / target.filename();
   if (!write(values, file))
     return "no room for the whole file";
   succeed(file, target);

@@ -5,8 +5,9 @@
 //
 // Errors never reach the caller: a setting that cannot be read counts as absent, and what goes
 // wrong is told to the log, in one line and once. What lies in the file's place but is no file, too
-// large or not to be read is moved aside, with ".damaged" appended to its name. What cannot be
-// written stays set for this run.
+// large or not to be read is moved aside, with ".damaged" appended to its name; but for want of
+// memory or descriptors, or when the disk fails, it stays as it is and is not written. What cannot
+// be written stays set for this run.
 //
 // Keys are made of ASCII letters, digits, ".", "_" and "-". Texts are UTF-8; of one that another
 // hand has written, unquoted and with commas, the blanks around the commas are not kept: it is read
@@ -68,7 +69,8 @@ class UserDefaults {
   void synchronize();
 
  private:
-  void load();
+  // False when the file cannot be read now, but may hold settings.
+  bool load();
   // Why the file could not be replaced; empty when it was.
   std::string save();
   void moveAside(const std::string &reason);

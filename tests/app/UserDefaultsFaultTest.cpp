@@ -15,9 +15,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <QLockFile>
-#include <QString>
-
+#include "app/FileLock.h"
 #include "tests/app/UserDefaultsRig.h"
 
 namespace orvane::test {
@@ -105,6 +103,28 @@ TEST_F(UserDefaultsTest, ValuesNestedAsDeepAsTheFileAllowsAreRead) {
   defaults.synchronize();
 }
 
+TEST_F(UserDefaultsTest, AValueThatCannotBeWrittenAgainDoesNotKeepTheOthersFromBeingSaved) {
+  // A date of a kind of time zone that there is not.
+  write(
+      "[General]\nTonicKey=3\nTuningKey=2\n"
+      "date=@DateTime(\\0\\0\\0\\x10\\0\\0\\0\\0\\0\\0%\\x8b\\xa1\\0\\0\\0\\0\\x7)\n");
+  UserDefaults defaults = open();
+  defaults.setInteger(5, "TonicKey");
+  defaults.synchronize();
+  EXPECT_TRUE(log().empty()) << log().front();
+  EXPECT_EQ(read(), "[General]\nTonicKey=5\nTuningKey=2\n");
+}
+
+TEST_F(UserDefaultsTest, AFileThatAQuotationMarkMakesOneLineHasNothingAndIsWrittenAnew) {
+  write("[a\"\nTonicKey=3\n]\n");
+  UserDefaults defaults = open();
+  EXPECT_EQ(defaults.objectForKey("TonicKey"), std::nullopt);
+  defaults.setInteger(5, "TonicKey");
+  defaults.synchronize();
+  EXPECT_TRUE(log().empty()) << log().front();
+  EXPECT_EQ(read(), "[General]\nTonicKey=5\n");
+}
+
 TEST_F(UserDefaultsTest, AFileThatCannotBeReadIsMovedAside) {
   if (::geteuid() == 0)
     GTEST_SKIP() << "root reads everything";
@@ -182,7 +202,7 @@ TEST_F(UserDefaultsTest, OnAFullDiskTheOldFileStays) {
     std::size_t length;
     std::string reason;
   } rows[] = {
-      {0, 1, "no lock can be made beside it"},
+      {0, 1, "no room for the whole file"},
       {200, 300, "no room for the whole file"},
       {200, 100000, "no room for the whole file"},
       {40000, 100000, "no room for the whole file"},
@@ -208,8 +228,8 @@ TEST_F(UserDefaultsTest, OnAFullDiskTheOldFileStays) {
 
 TEST_F(UserDefaultsTest, ALockThatIsHeldIsNotWaitedForForLong) {
   write("[General]\nTonicKey=3\n");
-  QLockFile lock(QString::fromStdString(mFile.string() + ".lock"));
-  ASSERT_TRUE(lock.lock());
+  FileLock lock(mFile.string() + ".lock");
+  ASSERT_EQ(lock.take({}), FileLock::Answer::Taken);
   UserDefaults defaults = open();
   defaults.setInteger(5, "TonicKey");
   defaults.synchronize();
@@ -217,13 +237,13 @@ TEST_F(UserDefaultsTest, ALockThatIsHeldIsNotWaitedForForLong) {
   EXPECT_EQ(read(), "[General]\nTonicKey=3\n");
 }
 
-TEST_F(UserDefaultsTest, TheLockOfAProgramThatCrashedIsBroken) {
+TEST_F(UserDefaultsTest, TheLockOfAProgramThatCrashedIsNotWaitedFor) {
   std::filesystem::create_directories(mFile.parent_path());
   const pid_t program = ::fork();
   ASSERT_GE(program, 0);
   if (program == 0) {
-    QLockFile lock(QString::fromStdString(mFile.string() + ".lock"));
-    ::_exit(lock.lock() ? 0 : 1);
+    FileLock lock(mFile.string() + ".lock");
+    ::_exit(lock.take({}) == FileLock::Answer::Taken ? 0 : 1);
   }
   int status = -1;
   ::waitpid(program, &status, 0);
@@ -233,7 +253,37 @@ TEST_F(UserDefaultsTest, TheLockOfAProgramThatCrashedIsBroken) {
   defaults.setInteger(5, "TonicKey");
   defaults.synchronize();
   EXPECT_EQ(read(), "[General]\nTonicKey=5\n");
+  EXPECT_EQ(filesInFolder(), 1);
   EXPECT_TRUE(mLog.empty());
+}
+
+TEST_F(UserDefaultsTest, WhatAProgramLeftThatWasKilledWhileItWroteIsCleared) {
+  write("[General]\nTonicKey=3\n");
+  std::filesystem::create_directories(mFile.parent_path() / ".Orvane.ini.new");
+  std::ofstream(mFile.parent_path() / ".Orvane.ini.new/Orvane.ini.new.lock") << "";
+  std::ofstream(mFile.string() + ".lock") << "";
+  UserDefaults defaults = open();
+  defaults.setInteger(5, "TonicKey");
+  defaults.synchronize();
+  EXPECT_EQ(read(), "[General]\nTonicKey=5\n");
+  EXPECT_EQ(filesInFolder(), 1);
+  EXPECT_TRUE(mLog.empty());
+}
+
+TEST_F(UserDefaultsTest, AFileThatCannotBeReadForWantOfADescriptorStaysAsItIs) {
+  const std::string old = "[General]\nTonicKey=3\nof others=1\n";
+  write(old);
+  rlimit before{};
+  ::getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit none = {0, before.rlim_max};
+  ::setrlimit(RLIMIT_NOFILE, &none);
+  UserDefaults defaults = open();
+  ::setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_EQ(log(), Lines{"cannot be read: Too many open files"});
+  EXPECT_EQ(read(), old);
+  defaults.setInteger(5, "TonicKey");
+  defaults.synchronize();
+  EXPECT_EQ(read(), "[General]\nTonicKey=5\nof%20others=1\n");
 }
 
 TEST_F(UserDefaultsTest, ALinkIsFollowedAndStays) {

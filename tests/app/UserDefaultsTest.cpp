@@ -212,8 +212,17 @@ TEST_F(UserDefaultsTest, WhatOthersKeepInTheFileStays) {
   EXPECT_TRUE(mLog.empty());
 }
 
+TEST_F(UserDefaultsTest, ASecondSectionOfTheNameGeneralStaysInWhateverCaseItIsWritten) {
+  write("[General]\nTonicKey=3\n\n[%general]\na=b\n\n[%GENERAL]\nc=d\n");
+  UserDefaults defaults = open();
+  defaults.setInteger(5, "TonicKey");
+  defaults.synchronize();
+  EXPECT_EQ(read(), "[General]\nTonicKey=5\n\n[%General]\na=b\nc=d\n");
+  EXPECT_TRUE(mLog.empty());
+}
+
 TEST_F(UserDefaultsTest, WhatIsNoTextDoesNotStay) {
-  write("[General]\nTonicKey=3\nhalf=\"\\xd800\"\n%UD800=1\n%01=1\n=1\n[a//b]\nc=1\n");
+  write("[General]\nTonicKey=3\nhalf=\"\\xd800\"\n%UD800=1\n%01=1\n=1\n[a//b]\nc=1\n[]\n=1\n");
   UserDefaults defaults = open();
   defaults.setInteger(5, "TonicKey");
   defaults.synchronize();
