@@ -19,6 +19,11 @@ constexpr Boolean kInputSide = 1;
 // A device that claims more is broken; this keeps it from taking the time.
 constexpr UInt32 kMostVolumeChannels = 4096;
 
+// A value of which a broken device wrote only some bytes is half the old one.
+bool isWhole(OSStatus status, UInt32 written, std::size_t size) {
+  return status == noErr && written >= size;
+}
+
 struct ListenedProperty {
   UInt32 channel;
   AudioDevicePropertyID propertyID;
@@ -183,7 +188,7 @@ void AUInputUnit::setStreamFormat() {
   const OSStatus status =
       mHardware.AudioDeviceGetProperty(mInputDevice, kMasterChannel, kInputSide,
                                        kAudioDevicePropertyStreamFormat, &size, &description);
-  if (status != noErr)
+  if (!isWhole(status, size, sizeof(description)))
     return;
   mInputStreamDescription = description;
   mSampleRate.store(description.mSampleRate, std::memory_order_release);
@@ -239,7 +244,7 @@ void AUInputUnit::setVolumeState() {
   UInt32 size = sizeof(volume);
   const OSStatus status = mHardware.AudioDeviceGetProperty(
       mInputDevice, 1, kInputSide, kAudioDevicePropertyVolumeScalar, &size, &volume);
-  if (status == noErr)
+  if (isWhole(status, size, sizeof(volume)))
     mInputVolume.store(volume, std::memory_order_release);
 
   if (mMainThread == nullptr)

@@ -207,6 +207,11 @@ std::optional<SoundFile> SoundFile::open(const std::filesystem::path &path, std:
     if (!reason.empty())
       return std::nullopt;
   }
+  // What the decoder thinks of a broken one, it writes to standard output.
+  if (reader->header.isSampleDump) {
+    reason = "is a MIDI sample dump, which is not read";
+    return std::nullopt;
+  }
   if (!reader->openDecoder()) {
     reason = reader->readError != 0 ? systemReason(reader->readError) : decoderReason();
     return std::nullopt;

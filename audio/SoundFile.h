@@ -1,5 +1,6 @@
-// A sound file of any format that libsndfile reads, as 32-bit floats of full scale 1, in constant
-// memory. Only regular files are opened, so that no pipe or device can keep the caller waiting.
+// A sound file of any format that libsndfile reads, but for MIDI sample dumps, as 32-bit floats of
+// full scale 1, in constant memory. Only regular files are opened, so that no pipe or device can
+// keep the caller waiting.
 //
 // One thread at a time. Not real-time safe (reads the disk).
 #pragma once

@@ -15,6 +15,7 @@ constexpr std::uint64_t kChunkHeader = 8;
 constexpr std::uint64_t kWaveHeader = 12;
 // A file of nothing but chunks of no length must not keep the scan busy.
 constexpr int kMostChunks = 1000;
+constexpr int kMostTags = 16;
 
 class HeaderReader {
  public:
@@ -85,6 +86,21 @@ SoundHeader readWave(const HeaderReader &reader, std::uint32_t riffLength,
   return header;
 }
 
+// The decoder looks for one behind tags too.
+bool isSampleDump(const HeaderReader &reader) {
+  std::uint64_t offset = 0;
+  std::array<unsigned char, 10> start{};
+  for (int i = 0; i < kMostTags && reader.read(offset, start); ++i) {
+    if (std::memcmp(start.data(), "ID3", 3) != 0)
+      return start[0] == 0xF0 && start[1] == 0x7E && (start[2] & 0x80) == 0 && start[3] == 0x01;
+    std::uint64_t length = 0;  // seven bits a byte
+    for (std::size_t k = 6; k < 10; ++k)
+      length = length << 7 | (start[k] & 0x7FU);
+    offset += start.size() + length;
+  }
+  return false;
+}
+
 }  // namespace
 
 SoundHeader readSoundHeader(int descriptor, std::uint64_t fileBytes) {
@@ -108,7 +124,9 @@ SoundHeader readSoundHeader(int descriptor, std::uint64_t fileBytes) {
           length, offset < fileBytes ? std::min<std::uint64_t>(length, fileBytes - offset) : 0};
     return header;
   }
-  return {};
+  SoundHeader header;
+  header.isSampleDump = isSampleDump(littleEndian);
+  return header;
 }
 
 }  // namespace orvane

@@ -21,10 +21,12 @@ struct SoundHeader {
   // Where a length field stands that says 0 although sound follows: a recorder that never came to
   // fill it in.
   std::optional<std::uint64_t> unfilledLengthOffset;
+  bool isSampleDump = false;  // MIDI
 };
 
 // Main thread. descriptor: a regular file of fileBytes bytes; its position is left alone. Knows
-// RIFF and RIFX WAVE and AU; anything else gives an empty record.
+// RIFF and RIFX WAVE, AU and the beginning of a MIDI sample dump; anything else gives an empty
+// record.
 SoundHeader readSoundHeader(int descriptor, std::uint64_t fileBytes);
 
 }  // namespace orvane

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tests/audio/FakePopUpButton.h"
 #include "tests/audio/InputUnitRig.h"
 
@@ -87,6 +89,24 @@ TEST(AUInputUnit, ReadsThatClaimMoreOrLessThanTheyWroteAreSurvived) {
     brief.longestRead = size;
     useEverything(brief);
     EXPECT_GE(brief.faultsMet, 1U);
+  }
+}
+
+TEST(AUInputUnit, AValueThatIsOnlyWrittenInPartLeavesWhatWasKnown) {
+  FakeDevice device = plainDevice(4);
+  device.isVolumeSettable = {true};
+  Rig rig({device});
+  rig.unit.setInputDeviceAtIndex(0);
+  rig.hardware.devices.front().sampleRate = 44100.0;
+  rig.hardware.devices.front().volume = 0.25F;
+  for (const UInt32 bytes : {1U, 3U, 7U}) {
+    // Seven bytes hold most of the rate and all of the volume.
+    rig.hardware.longestRead = std::min(bytes, 3U);
+    rig.hardware.notify(4, 1, 1, kAudioDevicePropertyVolumeScalar);
+    rig.hardware.longestRead = bytes;
+    rig.hardware.notify(4, 0, 1, kAudioDevicePropertyStreamFormat);
+    EXPECT_EQ(rig.unit.sampleRate(), 48000.0) << bytes;
+    EXPECT_EQ(rig.unit.inputVolume(), 0.5F) << bytes;
   }
 }
 

@@ -112,6 +112,24 @@ TEST(SoundFile, WhatIsNoSoundFileIsRefusedWithItsReason) {
   EXPECT_TRUE(refusal(writeBytes(folder / "cut.wav", header)).starts_with("cannot be read"));
 }
 
+TEST(SoundFile, MidiSampleDumpsAreRefusedBeforeTheirDecoderWritesToStandardOutput) {
+  const TemporaryFolder folder;
+  const auto dump =
+      writeTestSound(folder / "a.sds", SF_FORMAT_SDS | SF_FORMAT_PCM_16, 8000, 1, 400);
+  std::string bytes = readBytes(dump);
+  bytes[21] = 'x';  // the first byte of the first block of samples
+  // A tag of 300 bytes: twice 128, and 44.
+  const std::string tag = std::string("ID3\3\0\0\0\0\2\x2C", 10) + std::string(300, '\0');
+  testing::internal::CaptureStdout();
+  const std::string whole = refusal(dump);
+  const std::string broken = refusal(writeBytes(folder / "broken.sds", bytes));
+  const std::string tagged = refusal(writeBytes(folder / "tagged.sds", tag + bytes));
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(whole, "is a MIDI sample dump, which is not read");
+  EXPECT_EQ(broken, whole);
+  EXPECT_EQ(tagged, whole);
+}
+
 TEST(SoundFile, PipesDevicesAndSocketsAreRefusedWithoutWaiting) {
   const TemporaryFolder folder;
   const auto pipe = folder / "pipe.wav";
