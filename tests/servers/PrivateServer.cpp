@@ -2,6 +2,9 @@
 
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -25,6 +28,18 @@ bool waitUntil(const std::function<bool()> &isTrue) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
   return true;
+}
+
+// A socket is there before anybody listens at it.
+bool isAnswered(const std::string &socketPath) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  socketPath.copy(address.sun_path, sizeof address.sun_path - 1);
+  const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const bool isConnected =
+      connect(connection, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+  close(connection);
+  return isConnected;
 }
 
 constexpr const char *kBusConfiguration =
@@ -95,7 +110,7 @@ void PrivateServer::startPipeWire() {
   const auto startAndAwait = [this](const std::vector<std::string> &command,
                                     const std::string &socket) {
     mProcesses.emplace_back(command, path("log"));
-    waitUntil([&] { return std::filesystem::is_socket(path(socket)); });
+    waitUntil([&] { return isAnswered(path(socket)); });
   };
   startAndAwait({"dbus-daemon", "--config-file=" + path("dbus.conf"), "--nofork", "--nopidfile"},
                 "xdg/bus");

@@ -1,0 +1,59 @@
+#include "core/UncaughtErrors.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <exception>
+#include <new>
+#include <stdexcept>
+#include <thread>
+
+namespace orvane::test {
+namespace {
+
+// More than there is anywhere.
+constexpr std::size_t kTooMuch = PTRDIFF_MAX - 4096;
+
+[[noreturn]] void failInAThread(const std::exception_ptr &error) {
+  reportUncaughtErrors("tuner");
+  std::thread([&] { std::rethrow_exception(error); }).join();
+  std::abort();
+}
+
+TEST(UncaughtErrors, EndTheProgramWithALineAndAStatusAndNoCoreDump) {
+  const auto exited = testing::ExitedWithCode(1);
+  EXPECT_EXIT(failInAThread(std::make_exception_ptr(std::bad_alloc())), exited,
+              "^tuner: memory: not enough\n$");
+  EXPECT_EXIT(failInAThread(std::make_exception_ptr(std::runtime_error("out of order"))), exited,
+              "^tuner: internal error: out of order\n$");
+  EXPECT_EXIT(failInAThread(std::make_exception_ptr(1)), exited,
+              "^tuner: internal error: unknown\n$");
+}
+
+TEST(UncaughtErrors, WantOfMemoryEndsTheProgramBeforeAnybodyCatchesItWhereThatIsWanted) {
+  const auto allocate = [] {
+    reportUncaughtErrors("tuner");
+    endWithoutMemory();
+    try {
+      static_cast<void>(::operator new(kTooMuch));
+    } catch (...) {
+      std::_Exit(2);
+    }
+    std::_Exit(3);
+  };
+  EXPECT_EXIT(allocate(), testing::ExitedWithCode(1), "^tuner: memory: not enough\n$");
+}
+
+TEST(UncaughtErrors, OtherThreadsStillGetNothingWhereTheyAskForNoException) {
+  const auto allocate = [] {
+    reportUncaughtErrors("tuner");
+    endWithoutMemory();
+    void *memory = &memory;
+    std::thread([&] { memory = ::operator new(kTooMuch, std::nothrow); }).join();
+    std::_Exit(memory == nullptr ? 0 : 1);
+  };
+  EXPECT_EXIT(allocate(), testing::ExitedWithCode(0), "^$");
+}
+
+}  // namespace
+}  // namespace orvane::test

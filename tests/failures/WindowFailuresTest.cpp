@@ -1,0 +1,101 @@
+// The window program with calls failing from its start to its end, which it comes to by itself.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <string>
+
+#include "tests/failures/FailingRun.h"
+
+namespace orvane::test {
+namespace {
+
+class WindowFailures : public testing::Test {
+ protected:
+  WindowFailures() {
+    mOptions.program = ORVANE_PROGRAM;
+    std::filesystem::create_directories(mSettings.parent_path());
+    std::filesystem::permissions(mFolder.path(""), std::filesystem::perms::owner_all);
+    mOptions.environment = {{"QT_QPA_PLATFORM", "offscreen"},
+                            {"HOME", mFolder.path("")},
+                            {"XDG_CONFIG_HOME", mFolder.path("config")},
+                            {"XDG_RUNTIME_DIR", mFolder.path("")},
+                            {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"},
+                            {"QT_LOGGING_RULES", "qt.qpa.*=false"}};
+  }
+
+  void restore() const {
+    std::filesystem::remove_all(mSettings.parent_path());
+    std::filesystem::create_directory(mSettings.parent_path());
+    std::ofstream(mSettings) << kOld;
+  }
+
+  // Libraries that use memory without looking whether they got it, or give up with a word of
+  // theirs.
+  static bool isOfALibrary(const FailedRun &run) {
+    return run.result.signal != 0 && run.result.signal != SIGKILL &&
+           !run.caller.starts_with("orvane") && !run.caller.starts_with("libstdc++");
+  }
+
+  void expectClean(const FailedRun &run) {
+    if (isOfALibrary(run))
+      ++mEndedByLibraries[run.caller];
+    else
+      EXPECT_EQ(whyUnclean(run, {""}), "") << run.told();  // libraries have words of their own
+    std::ifstream file(mSettings);
+    const std::string text(std::istreambuf_iterator<char>(file), {});
+    const bool isWhole = text == kOld || std::ranges::count(text, '\n') == kLinesOfAll;
+    EXPECT_TRUE(isWhole) << text << run.told();
+    // What it could not read it cannot keep either; then it has said so.
+    const bool isKept = text.find("TonicKey=7\nTuningKey=1\n") != std::string::npos;
+    EXPECT_TRUE(isKept || run.result.errors.find("orvane: settings: ") != std::string::npos)
+        << text << run.told();
+  }
+
+  void expectCleanAfter(const Failure &failure, std::uint64_t shortCount) {
+    mEndedByLibraries.clear();
+    const std::uint64_t tried = FailingRuns({"--input", mSound}, mOptions)
+                                    .forEach(
+                                        failure, shortCount, [this] { restore(); },
+                                        [this](const FailedRun &run) { expectClean(run); });
+    EXPECT_GT(tried, 0U);
+    for (const auto &[library, count] : mEndedByLibraries)
+      std::cout << "  " << count << " ended by " << library << "\n";
+  }
+
+  static constexpr const char *kOld = "[General]\nTonicKey=7\nTuningKey=1\n";
+  static constexpr int kLinesOfAll = 10;  // nine settings under their heading
+
+  TestFolder mFolder;
+  const std::filesystem::path mSettings = mFolder / "config/velmora/Orvane.ini";
+  const std::string mSound = mFolder.writeSound("a4.wav", sine(440.0, 8000, 0.5), 8000);
+  CommandOptions mOptions;
+  std::map<std::string, int> mEndedByLibraries;
+};
+
+TEST_F(WindowFailures, AFileThatFailsIsToldOrDoesNoHarm) {
+  expectCleanAfter({Calls::Files, Lasting::Once, 0, {}, true}, 7);
+  expectCleanAfter({Calls::Files, Lasting::ForGood, 0, {}, true}, 4);
+}
+
+TEST_F(WindowFailures, AFileThatFailsWhileTheSettingsAreSavedLeavesTheOldOrTheNew) {
+  expectCleanAfter({Calls::Files, Lasting::Once, 0, "Orvane.ini.lock", true}, 7);
+  expectCleanAfter({Calls::Files, Lasting::ForGood, 0, "Orvane.ini.lock", true}, 7);
+}
+
+TEST_F(WindowFailures, WantOfMemoryIsToldOrDoesNoHarm) {
+  expectCleanAfter({Calls::Memory, Lasting::Once, 0, {}, true}, 7);
+}
+
+TEST_F(WindowFailures, WantOfMemoryWhileTheSettingsAreSavedLeavesTheOldOrTheNew) {
+  expectCleanAfter({Calls::Memory, Lasting::Once, 0, "Orvane.ini.lock", true}, 4);
+  expectCleanAfter({Calls::Memory, Lasting::ForGood, 0, "Orvane.ini.lock", true}, 4);
+}
+
+}  // namespace
+}  // namespace orvane::test
