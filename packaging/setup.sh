@@ -54,6 +54,21 @@ build() {
   quietly cmake --preset "$preset" && quietly cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
+# start_building COMMAND…: lets the command build on what the tests that run meanwhile leave of the
+# machine; most of them wait for sound and windows. What it has not done when stop_building ends it, or
+# what failed, is left to the build that follows.
+start_building() {
+  setsid chrt --idle 0 "$@" >/dev/null 2>&1 &
+  builder=$!
+  trap stop_building EXIT
+}
+
+stop_building() {
+  kill -TERM -- "-$builder" 2>/dev/null || true
+  wait "$builder" 2>/dev/null || true
+  trap - EXIT
+}
+
 # run_tests PRESET [CTEST ARGUMENTS…]
 run_tests() {
   say "Testing ($1)"

@@ -27,6 +27,15 @@ TEST(BlockQueue, BlocksArriveInOrderAndEachWakesTheReceiverOnce) {
   EXPECT_FALSE(queue.take().has_value());
 }
 
+#ifndef NDEBUG
+TEST(BlockQueueDeathTest, ASecondReceiverIsCaughtInDebugBuilds) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  BlockQueue queue(nullptr);
+  queue.take();
+  EXPECT_DEATH(std::thread([&] { queue.take(); }).join(), "mThread");
+}
+#endif
+
 TEST(BlockQueue, ATakenBlockOutlivesTheQueue) {
   CaptureBlock kept;
   {
