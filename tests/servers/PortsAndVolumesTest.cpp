@@ -180,9 +180,10 @@ TEST_F(PortAgreementTest, OnThePortWhicheverSideSwitchesIt) {
   WatchedTuner tuner([] { return std::make_unique<PulseAudioHardware>(); });
   ASSERT_EQ(tuner.numberOfDevices(), 2);
   for (std::uint64_t round = longRunCount(1); round > 0 && !HasFailure(); --round) {
-    for (const auto &[port, title] : {std::pair("analog-input-linein", "Line In"),
-                                      std::pair("analog-input-mic", "Microphone")}) {
-      PrivateServer::control({"set-source-port", "portmic", port});
+    for (const auto &port : {std::pair("analog-input-linein", "Line In"),
+                             std::pair("analog-input-mic", "Microphone")}) {
+      const char *title = port.second;
+      PrivateServer::control({"set-source-port", "portmic", port.first});
       expectSoonAfter([&] { return serverPort() == title; },
                       [&] { return tunersPort(tuner) == title; }, std::string("told ") + title);
     }
