@@ -41,6 +41,21 @@ TEST(NumberText, AFloatOutOfRangeIsInfiniteOrZeroWithItsSign) {
   EXPECT_TRUE(std::signbit(floatValue("-1e-46")));
 }
 
+TEST(NumberText, WhetherAFloatIsTooLargeOrTooSmallGoesByItsDigitsAndItsExponentTogether) {
+  const std::string zeros(50, '0');
+  for (const std::string &text :
+       {std::string("1000e36"), std::string("0.001e42"), std::string("0.1e40"), "1" + zeros,
+        "1" + zeros + "e-10", "0." + zeros + "1e90", "9" + zeros + ".5e-1",
+        std::string("1e99999999999999999999")})
+    EXPECT_EQ(floatValue(text), kInfinity) << text;
+  for (const std::string &text :
+       {std::string("1000e-50"), std::string("0.001e-43"), "0." + zeros + "1", "." + zeros + "1e2",
+        "1" + zeros + "e-99", "0." + zeros + "1e+3", std::string("1e-99999999999999999999")}) {
+    EXPECT_EQ(floatValue(text), 0.0F) << text;
+    EXPECT_FALSE(std::signbit(floatValue(text))) << text;
+  }
+}
+
 TEST(NumberText, AnIntegerIsTheDigitsThatTheTextBeginsWith) {
   EXPECT_EQ(integerValue("7"), 7);
   EXPECT_EQ(integerValue(" \t\n\v\f\r+12 semitones"), 12);

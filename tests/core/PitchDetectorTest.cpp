@@ -98,6 +98,7 @@ TEST(PitchDetector, TheLevelIsQuantisedAsASixteenBitSampleAndCutToWholeDecibels)
       {1.6e-5F, 0},          // q = 1: 96 − 96.33 = −0.33, cut toward zero
       {3.1e-5F, 5},          // q = 2: 96 − 90.31 = 5.69
       {0.1F, 75},            // q = 6553: 75.999
+      {0x1.99ap-4F, 75},     // q = 6553 of 6553.9: 75.9993
       {0.70710677F, 92},     // q = 46340: 92.99
       {0x1.c85362p-1F, 94},  // q = 58408 of 58408.8: 94.99998
       {0x1.c854c8p-1F, 95},  // q = 58409: 95.0001
@@ -278,6 +279,20 @@ TEST(PitchDetector, TheWindowIsCutBelowAndRoundedAbove) {
   EXPECT_EQ(d.average({1, 46, 50, 50, 50, 50, 54}), 50.0F);
   // Reference 30: 28.5 is cut to 28, 31.5 + 0.5 is 32.
   EXPECT_EQ(d.average({1, 28, 30, 30, 30, 32}), 30.0F);
+  // Reference 119: 113.05 is cut to 113, so 113 counts and 112 does not: 470 / 4.
+  EXPECT_EQ(d.average({50, 112, 113, 119, 119, 119}), 117.5F);
+}
+
+TEST(PitchDetector, SpacingsMayComeInAnyOrder) {
+  Detector d;
+  EXPECT_EQ(d.average({101, 5, 100, 101, 100}), 100.5F);
+  EXPECT_EQ(d.average({53, 50, 1, 50, 47, 50}), 50.0F);
+}
+
+TEST(PitchDetector, WithoutAnyRepeatTheLargestSpacingIsTheReference) {
+  Detector d;
+  // 105 takes 99 to 110: 309 / 3. From any other of them 96 would count too, or 105 would not.
+  EXPECT_EQ(d.average({96, 100, 104, 105}), 103.0F);
 }
 
 TEST(PitchDetector, MoreThanHalfOfTheSpacingsMustLieInTheWindow) {

@@ -25,7 +25,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
 REQUIRED_SHARE = 0.95
 # The tests take less than a second and 100 MiB: what takes this much has lost its way.
-CPU_SECONDS = 6
+CPU_SECONDS = 4
 SANITIZER_OPTIONS = "hard_rss_limit_mb=1000:allocator_may_return_null=1:detect_leaks=1"
 
 # What stands between spaces is an operator, not part of a type: the sources are clang-formatted.
