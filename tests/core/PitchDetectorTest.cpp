@@ -286,6 +286,7 @@ TEST(PitchDetector, TheWindowIsCutBelowAndRoundedAbove) {
 TEST(PitchDetector, SpacingsMayComeInAnyOrder) {
   Detector d;
   EXPECT_EQ(d.average({101, 5, 100, 101, 100}), 100.5F);
+  EXPECT_EQ(d.average({50, 100, 101, 100, 300, 100, 300}), 100.25F);  // (3·100 + 101) / 4
   EXPECT_EQ(d.average({53, 50, 1, 50, 47, 50}), 50.0F);
 }
 
