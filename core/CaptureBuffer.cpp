@@ -123,9 +123,8 @@ void CaptureBuffer::deriveBlock() noexcept {
   UInt32 bufferFrames = 0;
   if (frames >= 1.0 && frames < 1073741824.0)
     bufferFrames = static_cast<UInt32>(frames);
-  const UInt32 bufferSize = bufferFrames * static_cast<UInt32>(sizeof(float));
   if (bufferFrames != 0) {
-    void *grown = std::realloc(mBuffer, bufferSize);
+    void *grown = std::realloc(mBuffer, bufferFrames * sizeof(float));
     if (grown == nullptr) {
       // Lost is what this callback brings; the next one tries again.
       bufferFrames = 0;

@@ -164,7 +164,6 @@ void Window::showEvent(QShowEvent *event) {
 
 void Window::hideEvent(QHideEvent *event) {
   QMainWindow::hideEvent(event);
-  // The desktop minimises it, and a new size meanwhile would bring it back.
   mAnimation.cutShort();
   // One that is minimised would be brought back by a new size.
   if (mAnimation.isOn() && !event->spontaneous())

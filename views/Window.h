@@ -111,7 +111,6 @@ class Window : public QMainWindow {
   int menuBarHeight(int width) const;
   // Milliseconds; 0 for at once.
   int animationDuration() const;
-  // Until no mouse button is down.
   void orderFrontWith(bool keyboard);
   // Maximised or full screen.
   bool isSizedByDesktop() const;

@@ -52,6 +52,14 @@ struct CaptureFeed {
     return capture.inputIOProc(&call);
   }
 
+  // Allocates nothing by itself.
+  template <std::size_t Count>
+  OSStatus feedMono(float (&samples)[Count]) {
+    AudioBufferList list{1, {{1, sizeof samples, samples}}};
+    const AudioTimeStamp time{1.0};
+    const IOProcCall call{1, &time, &list, &time, nullptr, nullptr};
+    return capture.inputIOProc(&call);
+  }
   OSStatus feedMono(std::vector<float> samples) { return feed({{1, std::move(samples)}}); }
 
   // All waiting blocks, oldest first.

@@ -26,11 +26,8 @@ TEST(CaptureMemory, ABlockThatCannotBeCopiedIsLostAndTheNextIsWhole) {
   feed.feedMono(counted(0, kBlock - 1));
   {
     const FailingAllocations out(1);
-    const float samples[] = {29.0F / 1024.0F, 30.0F / 1024.0F};
-    AudioBufferList list{1, {{1, sizeof samples, const_cast<float *>(samples)}}};
-    const AudioTimeStamp time{1.0};
-    const IOProcCall call{1, &time, &list, &time, nullptr, nullptr};
-    EXPECT_EQ(feed.capture.inputIOProc(&call), noErr);
+    float samples[] = {29.0F / 1024.0F, 30.0F / 1024.0F};
+    EXPECT_EQ(feed.feedMono(samples), noErr);
     EXPECT_EQ(out.failures(), 1);
   }
   EXPECT_EQ(feed.queue.lostBlocks(), 1U);
@@ -43,13 +40,10 @@ TEST(CaptureMemory, ABlockThatCannotBeCopiedIsLostAndTheNextIsWhole) {
 TEST(CaptureMemory, ABufferThatCannotBeHadIsAskedForAgainByTheNextCallback) {
   CaptureFeed feed(kRate);
   float samples[kBlock] = {};
-  AudioBufferList list{1, {{1, sizeof samples, samples}}};
-  const AudioTimeStamp time{1.0};
-  const IOProcCall call{1, &time, &list, &time, nullptr, nullptr};
   {
     const FailingAllocations out(1);
     for (int i = 1; i <= 3; ++i) {
-      EXPECT_EQ(feed.capture.inputIOProc(&call), noErr);
+      EXPECT_EQ(feed.feedMono(samples), noErr);
       EXPECT_EQ(out.failures(), i);
     }
   }
@@ -64,13 +58,10 @@ TEST(CaptureMemory, ABufferThatCannotGrowIsAskedForAgainToo) {
   feed.takeAll();
   feed.capture.setSampleRate(2 * kRate);
   float samples[kBlock] = {};
-  AudioBufferList list{1, {{1, sizeof samples, samples}}};
-  const AudioTimeStamp time{1.0};
-  const IOProcCall call{1, &time, &list, &time, nullptr, nullptr};
   {
     const FailingAllocations out(1);
-    EXPECT_EQ(feed.capture.inputIOProc(&call), noErr);
-    EXPECT_EQ(feed.capture.inputIOProc(&call), noErr);
+    EXPECT_EQ(feed.feedMono(samples), noErr);
+    EXPECT_EQ(feed.feedMono(samples), noErr);
     EXPECT_EQ(out.failures(), 2);
   }
   EXPECT_TRUE(feed.takeAll().empty());
