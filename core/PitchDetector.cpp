@@ -2,63 +2,15 @@
 
 #include <array>
 #include <cmath>
-#include <cstdlib>
-#include <span>
+
+#include "core/PeakScan.h"
 
 namespace orvane {
 namespace {
 
 constexpr double kQuietestPitch = 0.01;  // linear peak that a block must exceed to have a pitch
-constexpr double kPeakThreshold = 0.9;   // of the last accepted peak
 constexpr double kSixteenBitRange = 65535.0;
 constexpr double kFullScaleLevel = 96.0;
-
-struct Peaks {
-  std::array<std::uint64_t, PitchDetector::kMaximumSpacings> spacings;
-  std::uint64_t count = 0;
-  float magnitude = 0.0F;
-};
-
-// Walks the block half-wave by half-wave. The threshold M carries the decayed height of the last
-// accepted peak, so a half-wave yields a peak only when it reaches that; equal samples move the
-// peak to the later index. Index 0 stands for no peak.
-void findPeaks(std::span<const float> samples, Peaks &peaks) {
-  const std::size_t n = samples.size();
-  const float *x = samples.data();
-  float magnitude = 0.0F;
-  float threshold = 0.0F;
-  std::size_t peak = 0;
-  std::size_t previousPeak = 0;
-  std::size_t i = 0;
-  while (true) {
-    // Written as a negation so that not-a-number counts as not positive.
-    while (i < n && !(x[i] > 0.0F)) {
-      if (-x[i] > magnitude)
-        magnitude = -x[i];
-      ++i;
-    }
-    while (i < n && x[i] > 0.0F) {
-      if (x[i] >= threshold) {
-        threshold = x[i];
-        peak = i;
-      }
-      ++i;
-    }
-    if (i == n)  // a half-wave that is still open adds nothing
-      break;
-    if (peak != 0) {
-      if (threshold > magnitude)
-        magnitude = threshold;
-      peaks.spacings[peaks.count++] = peak - previousPeak;
-      if (peaks.count == PitchDetector::kMaximumSpacings)
-        break;
-      threshold = static_cast<float>(static_cast<double>(threshold) * kPeakThreshold);
-      previousPeak = peak;
-    }
-    peak = 0;
-  }
-  peaks.magnitude = magnitude;
-}
 
 // By way of a 16-bit integer, so that the level is quantised as a 16-bit sample would be.
 std::int64_t levelOf(float peak) {
@@ -101,7 +53,7 @@ float PitchDetector::averageDiffs(std::uint64_t *spacings, std::uint64_t count) 
     return spacings[1] > bufferFrames / 3 ? static_cast<float>(spacings[1]) : 0.0F;
   }
 
-  std::qsort(spacings, count, sizeof *spacings, compareSpacing);
+  sortSpacings(spacings, count);
 
   std::array<std::uint64_t, kMaximumSpacings> values;
   std::array<std::uint64_t, kMaximumSpacings> counts;

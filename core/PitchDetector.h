@@ -7,12 +7,13 @@
 
 #include "core/CaptureBlock.h"
 #include "core/CaptureBuffer.h"
+#include "core/PeakScan.h"
 
 namespace orvane {
 
 class PitchDetector {
  public:
-  static constexpr std::uint64_t kMaximumSpacings = 128;
+  static constexpr std::uint64_t kMaximumSpacings = Peaks::kMaximumSpacings;
 
   // Sample rate and block length are read from the capture buffer, which must outlive this.
   explicit PitchDetector(const CaptureBuffer &capture) : mCapture(capture) {}
