@@ -24,6 +24,7 @@
 #include "app/QuitSignals.h"
 #include "audio/PulseAudioHardware.h"
 #include "audio/RecordingHardware.h"
+#include "core/TemperamentFile.h"
 #include "core/UncaughtErrors.h"
 #include "views/Picture.h"
 
@@ -114,11 +115,8 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
   if (hardware == nullptr)
     return kExitFailed;
   UserDefaults defaults([&system](const std::string &line) { system.log(line); });
-  const std::filesystem::path temperaments =
-      !options.temperaments
-          ? std::filesystem::path(
-                (resourceFolder() + QStringLiteral("/Temperaments.txt")).toStdString())
-          : std::filesystem::path(*options.temperaments);
+  const std::filesystem::path temperaments = temperamentFile(
+      options.temperaments, (resourceFolder() + QStringLiteral("/Temperaments.txt")).toStdString());
   // With a full disk quota the settings cannot be written, which must not be the end.
   std::signal(SIGXFSZ, SIG_IGN);
   Controller controller({*hardware, defaults, system, temperaments});
@@ -151,7 +149,7 @@ int main(int argc, char **argv) {
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->allow_extra_args(false);
   app.add_option("--temperaments", options.temperaments,
-                 "File of temperaments in place of the shipped one")
+                 "File of temperaments in place of your own or the shipped one")
       ->type_name("FILE");
   orvane::DesktopSystem system;
   try {

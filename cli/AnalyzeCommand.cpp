@@ -1,114 +1,76 @@
-// Reads recordings as fast as they come, in constant memory: one interleaved buffer per callback,
-// through the same path as live sound.
+// Reads recordings as fast as they come and tells of them in their order.
 #include <vector>
 
-#include "audio/SoundFile.h"
 #include "cli/CliError.h"
 #include "cli/Commands.h"
 #include "cli/Output.h"
+#include "cli/PitchPlot.h"
 #include "cli/ProgressBar.h"
-#include "cli/ReadingJson.h"
-#include "cli/ReadingText.h"
-#include "cli/TerminalTuner.h"
+#include "cli/RecordingQueue.h"
+#include "cli/WholeFile.h"
 
 namespace orvane {
 namespace {
 
 constexpr std::int64_t kMostCallbackFrames = 1 << 20;
 
-// Writes readings in the chosen form; as text, only those that change what is shown.
-class ReadingWriter {
+// Standard output, with a bar for the recording that is being read.
+class ShownAnalysis : public AnalysisOutput {
  public:
-  ReadingWriter(Output &output, bool json, std::string_view file)
-      : mOutput(output), mJson(json), mFile(file) {}
+  ShownAnalysis(Output &output, const std::string &file) : mOutput(output), mFile(file) {}
 
-  void write(const Reading &reading) {
-    mLine.clear();
-    if (mJson) {
-      appendJson(mLine, reading, mFile);
-      mOutput.write(mLine);
-      return;
-    }
-    if (!reading.accepted)
-      return;
-    std::string change = changeLine(reading.display);
-    if (change == mLastChange)
-      return;
-    mLine = timeText(reading.time) + "  " + change + '\n';
-    mLastChange = std::move(change);
-    mOutput.write(mLine);
+  void write(std::string_view text) override { mOutput.write(text); }
+  void advanceTo(std::int64_t done, std::int64_t total) override {
+    if (!mProgress && total > 0)
+      mProgress.emplace(mOutput, mFile, total);
+    if (mProgress)
+      mProgress->advanceTo(done);
   }
 
  private:
   Output &mOutput;
-  bool mJson;
-  std::string_view mFile;
-  std::string mLine;
-  std::string mLastChange;
+  const std::string &mFile;
+  std::optional<ProgressBar> mProgress;
 };
 
-// Returns why the recording could not be read to its end; empty when it could. Throws CliError only
-// for what ends the whole command.
-std::string analyze(const std::string &file, std::uint32_t callbackFrames, const Tuning &tuning,
-                    Output &output, ReadingWriter &&writer) {
-  std::string reason;
-  std::optional<SoundFile> sound = SoundFile::open(file, reason);
-  if (!sound)
-    return reason;
-
-  TerminalTuner tuner(tuning, nullptr);
-  CaptureBuffer &capture = tuner.capture();
-  const auto rate = static_cast<double>(sound->rate());
-  const auto channels = static_cast<std::uint32_t>(sound->channels());
-  capture.setSampleRate(rate);
-
-  std::vector<float> samples(std::size_t{callbackFrames} * channels);
-  AudioBufferList list{};
-  list.mNumberBuffers = 1;
-  list.mBuffers[0] = {channels, 0, samples.data()};
-  AudioTimeStamp time;
-  const IOProcCall call{0, &time, &list, &time, nullptr, nullptr};
-
-  ProgressBar progress(output, file, sound->frames());
-  std::uint64_t frames = 0;
-  std::uint64_t blocks = 0;
-  while (const std::int64_t read = sound->readFrames(samples.data(), callbackFrames)) {
-    const auto count = static_cast<std::uint64_t>(read);
-    list.mBuffers[0].mDataByteSize = static_cast<UInt32>(count * channels * sizeof(float));
-    time.mSampleTime = static_cast<double>(1 + frames);
-    capture.inputIOProc(&call);
-    const std::uint64_t blockFrames = capture.mBufferFrames.load(std::memory_order_relaxed);
-    while (const auto reading =
-               tuner.takeReading(static_cast<double>(blockFrames * (blocks + 1)) / rate)) {
-      ++blocks;
-      writer.write(*reading);
-    }
-    frames += count;
-    progress.advanceTo(static_cast<std::int64_t>(frames));
-  }
-  if (tuner.queue().lostBlocks() != 0)
-    throw CliError(kExitFailed, "memory", "not enough for a block of sound");
-  return sound->trouble();
+// A name of another kind is more likely a recording that would be lost.
+void checkPlotName(const std::string &file) {
+  if (!file.ends_with(".svg") && !file.ends_with(".SVG"))
+    throw CliError(kExitUsage, "--plot", "'" + file + "' does not end in .svg");
 }
 
 }  // namespace
 
 int runAnalyze(const AnalyzeOptions &options, const CommonOptions &common) {
-  const auto callbackFrames = static_cast<std::uint32_t>(
+  AnalysisOrder order;
+  order.callbackFrames = static_cast<std::uint32_t>(
       parseInteger("--callback-frames", options.callbackFrames, 1, kMostCallbackFrames));
+  if (options.plot)
+    checkPlotName(*options.plot);
   const Tuning tuning = resolveTuning(common);
   const bool several = options.files.size() > 1;
+  order.form = recordForm(options.json, options.csv);
+  order.namesFile = several;
+  order.summary = options.summary;
+  order.curve = options.plot.has_value();
+
   Output output;
   int exitCode = kExitDone;
+  if (order.form)
+    output.write(ReadingRecords::header(*order.form, several));
+  PitchPlot plot(tuning);
+  RecordingQueue recordings(options.files, order, tuning);
   for (const std::string &file : options.files) {
-    if (several && !options.json)
+    if (several && !order.form)
       output.write(oneLine(file) + ":\n");
-    const std::string reason =
-        analyze(file, callbackFrames, tuning, output,
-                ReadingWriter(output, options.json, several ? file : std::string_view()));
+    AnalysisResult result;
+    {
+      ShownAnalysis shown(output, file);
+      result = recordings.takeNext(shown);
+    }
     const auto tellReason = [&] {
-      if (!reason.empty())
-        printError((file.empty() ? "''" : file) + ": " + reason);
+      if (!result.reason.empty())
+        printError((file.empty() ? "''" : file) + ": " + result.reason);
     };
     try {
       output.flush();
@@ -118,9 +80,13 @@ int runAnalyze(const AnalyzeOptions &options, const CommonOptions &common) {
     }
     // What was read of it is kept, and the other recordings are still read.
     tellReason();
-    if (!reason.empty())
+    if (!result.reason.empty())
       exitCode = kExitFailed;
+    if (result.curve)
+      plot.add(file, *result.curve);
   }
+  if (options.plot && !plot.isEmpty())
+    writeWholeFile(*options.plot, plot.svg());
   return exitCode;
 }
 

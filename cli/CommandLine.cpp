@@ -12,6 +12,13 @@ std::string firstLine(const std::string &text) {
   return text.substr(0, text.find('\n'));
 }
 
+// The forms of readings that programs read; returns the last option.
+CLI::Option *addForms(CLI::App &command, bool &json, bool &csv) {
+  CLI::Option *const jsonOption = command.add_flag("--json", json, "One JSON object per reading");
+  return command.add_flag("--csv", csv, "Comma-separated values: a header, a line per reading")
+      ->excludes(jsonOption);
+}
+
 }  // namespace
 
 CommandLine parseCommandLine(int argc, const char *const *argv) {
@@ -44,7 +51,7 @@ CommandLine parseCommandLine(int argc, const char *const *argv) {
       ->allow_extra_args(false);
   listenCommand->add_option("--seconds", listen.seconds, "End after so many seconds")
       ->type_name("N");
-  listenCommand->add_flag("--json", listen.json, "One JSON object per reading");
+  addForms(*listenCommand, listen.json, listen.csv);
 
   AnalyzeOptions &analyze = line.analyze;
   CLI::App *analyzeCommand =
@@ -53,7 +60,14 @@ CommandLine parseCommandLine(int argc, const char *const *argv) {
       ->type_name("FILE")
       ->required()
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  analyzeCommand->add_flag("--json", analyze.json, "One JSON object per reading");
+  CLI::Option *csv = addForms(*analyzeCommand, analyze.json, analyze.csv);
+  analyzeCommand
+      ->add_flag("--summary", analyze.summary,
+                 "At the end: of each note the readings, the median and the distance of the "
+                 "quartiles of their cents; the drift in cents per minute")
+      ->excludes(csv);
+  analyzeCommand->add_option("--plot", analyze.plot, "Draw cents over time into this SVG file")
+      ->type_name("FILE.svg");
   analyzeCommand
       ->add_option("--callback-frames", analyze.callbackFrames, "Frames fed at a time (512)")
       ->type_name("N");
@@ -61,7 +75,20 @@ CommandLine parseCommandLine(int argc, const char *const *argv) {
   TemperamentsOptions &temperaments = line.temperaments;
   CLI::App *temperamentsCommand =
       app.add_subcommand("temperaments", "List the temperaments with their offsets in cents");
-  temperamentsCommand->add_flag("--json", temperaments.json, "One JSON object a line");
+  CLI::Option *const temperamentsJson =
+      temperamentsCommand->add_flag("--json", temperaments.json, "One JSON object a line");
+  CLI::Option *const imports =
+      temperamentsCommand
+          ->add_option("--import", temperaments.imports,
+                       "Write Scala scale files of twelve notes as one file of temperaments")
+          ->type_name("FILE.scl")
+          ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+          ->excludes(temperamentsJson);
+  temperamentsCommand
+      ->add_option("--export", temperaments.exported, "Write a temperament as a Scala scale file")
+      ->type_name("NAME")
+      ->excludes(temperamentsJson)
+      ->excludes(imports);
 
   try {
     app.parse(argc, argv);

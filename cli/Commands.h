@@ -22,6 +22,7 @@ struct ListenOptions {
   std::vector<std::string> inputs;
   std::optional<std::string> seconds;  // no end when not given
   bool json = false;
+  bool csv = false;
 };
 int runListen(const ListenOptions &options, const CommonOptions &common);
 
@@ -29,11 +30,16 @@ struct AnalyzeOptions {
   std::vector<std::string> files;
   std::string callbackFrames = "512";
   bool json = false;
+  bool csv = false;
+  bool summary = false;
+  std::optional<std::string> plot;
 };
 int runAnalyze(const AnalyzeOptions &options, const CommonOptions &common);
 
 struct TemperamentsOptions {
   bool json = false;
+  std::vector<std::string> imports;     // Scala scale files to turn into a file of temperaments
+  std::optional<std::string> exported;  // the temperament to turn into a Scala scale file
 };
 int runTemperaments(const TemperamentsOptions &options, const CommonOptions &common);
 

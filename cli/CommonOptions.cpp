@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "cli/CliError.h"
 #include "cli/Resources.h"
+#include "core/TemperamentFile.h"
 #include "core/TuningControls.h"
 
 namespace orvane {
@@ -58,25 +60,6 @@ std::int64_t parseTonic(const std::string &text) {
                  "'" + text + "' is neither a number from 0 (C) to 11 (B) nor a note name");
 }
 
-// A name as the file spells it wins over one that differs in case, and over the equal temperament.
-std::int64_t findTemperament(const std::string &name, const TemperamentTables &tables) {
-  for (std::size_t row = 0; row < tables.rowCount(); ++row) {
-    if (tables.name(row) == name)
-      return static_cast<std::int64_t>(row) + 1;
-  }
-  const std::string lower = lowerAscii(name);
-  if (lower == lowerAscii(kEqualTemperament) || lower == "equal")
-    return 0;
-  for (std::size_t row = 0; row < tables.rowCount(); ++row) {
-    if (lowerAscii(tables.name(row)) == lower)
-      return static_cast<std::int64_t>(row) + 1;
-  }
-  std::string known = kEqualTemperament;
-  for (std::size_t row = 0; row < tables.rowCount(); ++row)
-    known += ", " + tables.name(row);
-  throw CliError(kExitUsage, "--temperament", "'" + name + "' is unknown; known are: " + known);
-}
-
 }  // namespace
 
 std::int64_t parseInteger(const std::string &option, const std::string &text, std::int64_t low,
@@ -89,6 +72,33 @@ std::int64_t parseInteger(const std::string &option, const std::string &text, st
   return value;
 }
 
+std::int64_t findTemperament(const std::string &option, const std::string &name,
+                             const TemperamentTables &tables) {
+  // A name as the file spells it wins over one that differs in case, and over the equal
+  // temperament.
+  for (std::size_t row = 0; row < tables.rowCount(); ++row) {
+    if (tables.name(row) == name)
+      return static_cast<std::int64_t>(row) + 1;
+  }
+  const std::string lower = lowerAscii(name);
+  if (lower == lowerAscii(kEqualTemperament) || lower == "equal")
+    return 0;
+  std::vector<std::size_t> shortened;
+  for (std::size_t row = 0; row < tables.rowCount(); ++row) {
+    const std::string candidate = lowerAscii(tables.name(row));
+    if (candidate == lower)
+      return static_cast<std::int64_t>(row) + 1;
+    if (candidate.ends_with(')') && candidate.substr(0, candidate.rfind(" (")) == lower)
+      shortened.push_back(row);
+  }
+  if (shortened.size() == 1)
+    return static_cast<std::int64_t>(shortened[0]) + 1;
+  std::string known = kEqualTemperament;
+  for (std::size_t row = 0; row < tables.rowCount(); ++row)
+    known += ", " + tables.name(row);
+  throw CliError(kExitUsage, option, "'" + name + "' is unknown; known are: " + known);
+}
+
 void CommonOptions::addTo(CLI::App &app) {
   app.add_option("--reference-pitch", referencePitch, "Pitch of A4, 349 to 499.9")->type_name("HZ");
   app.add_option("--temperament", temperament, "Temperament by name (see 'temperaments')")
@@ -97,7 +107,8 @@ void CommonOptions::addTo(CLI::App &app) {
       ->type_name("NOTE");
   app.add_option("--transpose", transpose, "Transposition in semitones, -11 to +11")
       ->type_name("SEMITONES");
-  app.add_option("--temperaments", temperaments, "File of temperaments in place of the shipped one")
+  app.add_option("--temperaments", temperaments,
+                 "File of temperaments in place of your own or the shipped one")
       ->type_name("FILE");
 }
 
@@ -109,12 +120,10 @@ Tuning resolveTuning(const CommonOptions &options) {
     tuning.settings.mTonic = parseTonic(*options.tonic);
   if (options.transpose)
     tuning.settings.mTranspose = parseInteger("--transpose", *options.transpose, -11, 11);
-  const std::filesystem::path file = options.temperaments
-                                         ? std::filesystem::path(*options.temperaments)
-                                         : resourcePath("Temperaments.txt");
-  tuning.tables.load(file, printError);
+  tuning.tables.load(temperamentFile(options.temperaments, resourcePath("Temperaments.txt")),
+                     printError);
   if (options.temperament)
-    tuning.settings.mTuning = findTemperament(*options.temperament, tuning.tables);
+    tuning.settings.mTuning = findTemperament("--temperament", *options.temperament, tuning.tables);
   return tuning;
 }
 

@@ -20,7 +20,8 @@ struct CommonOptions {
   std::optional<std::string> temperament;
   std::optional<std::string> tonic;
   std::optional<std::string> transpose;
-  std::optional<std::string> temperaments;  // path; the shipped file when not given
+  std::optional<std::string>
+      temperaments;  // path; the user's own or the shipped file when not given
 
   void addTo(CLI::App &app);
 };
@@ -33,6 +34,12 @@ struct Tuning {
 // Loads the temperaments (what the loading logs goes to standard error) and resolves the options.
 // Throws CliError (exit 2) for a value out of range or an unknown temperament.
 Tuning resolveTuning(const CommonOptions &options);
+
+// 0 for equal temperament, k for row k - 1. Upper and lower case count only where names differ by
+// nothing else, and what stands in parentheses at a name's end may be left out where one alone is
+// meant. Throws CliError (exit 2) that names the option and what is known.
+std::int64_t findTemperament(const std::string &option, const std::string &name,
+                             const TemperamentTables &tables);
 
 // Whether the whole text is one decimal number, with a "+" or "-" or none before it.
 template <typename Number>

@@ -16,7 +16,7 @@
 #include "cli/Commands.h"
 #include "cli/LiveInput.h"
 #include "cli/Output.h"
-#include "cli/ReadingJson.h"
+#include "cli/ReadingRecords.h"
 #include "cli/ReadingText.h"
 #include "cli/Terminal.h"
 
@@ -65,23 +65,25 @@ double parseSeconds(const std::string &text) {
   return seconds;
 }
 
-// Readings in the form that fits: JSON Lines, one live line on a terminal, else a line per change.
+// Readings in the form that fits: records, one live line on a terminal, else a line per change.
 class LiveWriter {
  public:
-  LiveWriter(bool json, int stopDescriptor, std::chrono::steady_clock::time_point deadline)
-      : mJson(json) {
+  LiveWriter(std::optional<RecordForm> form, int stopDescriptor,
+             std::chrono::steady_clock::time_point deadline) {
     mOutput.stopAt(stopDescriptor, deadline);
+    if (form) {
+      mRecords.emplace(*form);
+      mOutput.write(ReadingRecords::header(*form, false));
+    }
     const char *terminal = std::getenv("TERM");
     mIsLive =
-        !json && Output::isTerminal() && terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
+        !form && Output::isTerminal() && terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
     mIsColoured = std::getenv("NO_COLOR") == nullptr;
   }
 
   void write(const Reading &reading) {
-    if (mJson) {
-      mText.clear();
-      appendJson(mText, reading, {});
-      mOutput.write(mText);
+    if (mRecords) {
+      mOutput.write(mRecords->line(reading));
       mOutput.flush();
     } else if (!mIsLive && reading.accepted) {
       show(changeLine(reading.display), "", "\n");
@@ -112,10 +114,9 @@ class LiveWriter {
   }
 
   Output mOutput;
-  bool mJson;
   bool mIsLive;
   bool mIsColoured;
-  std::string mText;
+  std::optional<ReadingRecords> mRecords;
   std::string mLast;
 };
 
@@ -208,7 +209,7 @@ int listen(const ListenOptions &options, const Tuning &tuning, double seconds) {
 
   const auto start = Clock::now();
   const auto now = [start] { return std::chrono::duration<double>(Clock::now() - start).count(); };
-  LiveWriter writer(options.json, signals.descriptor(),
+  LiveWriter writer(recordForm(options.json, options.csv), signals.descriptor(),
                     start + std::chrono::duration_cast<Clock::duration>(
                                 std::chrono::duration<double>(std::min(seconds, kLongestSeconds))));
   Notices notices(*input, tuner.queue());

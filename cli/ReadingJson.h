@@ -1,5 +1,4 @@
-// Readings as JSON Lines. Single-precision values are the shortest decimal that reads back to the
-// same single-precision value; one that is not finite is null.
+// Readings as JSON Lines. A number that is not finite is null.
 #pragma once
 
 #include <string>
@@ -12,7 +11,10 @@ namespace orvane {
 // A JSON string of UTF-8 text; bytes that are not UTF-8 become U+FFFD.
 std::string jsonString(std::string_view text);
 
-// Appends one line. file is named in it when it is not empty.
-void appendJson(std::string &line, const Reading &reading, std::string_view file);
+// The text with its bytes that are not UTF-8 as U+FFFD.
+std::string validUtf8(std::string_view text);
+
+// Appends one line. fileJson: the jsonString of the file that is named in it, or nothing.
+void appendJson(std::string &line, const Reading &reading, std::string_view fileJson);
 
 }  // namespace orvane

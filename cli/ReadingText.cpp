@@ -16,12 +16,6 @@ constexpr const char *kBlue = "\x1b[34m";
 constexpr const char *kYellow = "\x1b[33m";
 constexpr const char *kPlain = "\x1b[0m";
 
-std::string padded(const std::string &text, std::size_t width, bool right) {
-  const std::size_t columns = columnCount(text);
-  const std::string blanks(columns < width ? width - columns : 0, ' ');
-  return right ? blanks + text : text + blanks;
-}
-
 void appendLamp(std::string &line, const char *colour, const char *lamp, bool coloured) {
   if (coloured)
     line += colour;
@@ -59,29 +53,31 @@ void appendSegment(std::string &line, LevelSegment segment, bool coloured) {
 }
 
 std::string frequencies(const Display &display) {
-  return padded(hertzString(display.frequency), 8, true) + ", ideal " +
-         padded(hertzString(display.idealFrequency), 8, true) + ", " +
+  return padded(hertzString(display.frequency), 8, Align::Right) + ", ideal " +
+         padded(hertzString(display.idealFrequency), 8, Align::Right) + ", " +
          plusMinusFloatString(display.difference);
 }
 
 std::string noteAndCents(const Display &display) {
-  return padded(noteText(display), 4, false) +
-         padded(plusMinusValueString(display.lamps.cents), 4, true) + " cents";
+  return padded(noteText(display.texts), 4, Align::Left) +
+         padded(plusMinusValueString(display.lamps.cents), 4, Align::Right) + " cents";
 }
 
 }  // namespace
 
-std::string noteText(const Display &display) {
-  const NoteTexts &texts = display.texts;
-  return texts.mNoteText + (texts.mAccidentalText == " " ? "" : texts.mAccidentalText) +
-         texts.mOctaveText;
+std::string noteText(const NoteTexts &texts) {
+  return texts.mNoteText + std::string(shownAccidental(texts)) + texts.mOctaveText;
+}
+
+std::string fixedText(double value, int decimals) {
+  std::array<char, 340> text;
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                 std::chars_format::fixed, decimals);
+  return {text.data(), end.ptr};
 }
 
 std::string timeText(double seconds) {
-  std::array<char, 320> text;
-  const auto end =
-      std::to_chars(text.data(), text.data() + text.size(), seconds, std::chars_format::fixed, 3);
-  return padded({text.data(), end.ptr}, 8, true) + " s";
+  return padded(fixedText(seconds, 3), 8, Align::Right) + " s";
 }
 
 std::string changeLine(const Display &display) {
@@ -104,12 +100,12 @@ std::string liveLine(const Display &display, bool coloured, std::size_t columns)
   for (const bool lit : lamps.sharp)
     appendSideLamp(line, lit, coloured);
   if (columns > kColumnsWithAll)
-    line += "  " + padded(frequencies(display), 33, false);
+    line += "  " + padded(frequencies(display), 33, Align::Left);
   if (columns > kColumnsWithLevel) {
     line += "  ";
     for (const LevelSegment segment : display.segments)
       appendSegment(line, segment, coloured);
-    line += padded(display.levelText, 6, true);
+    line += padded(display.levelText, 6, Align::Right);
   }
   return line;
 }

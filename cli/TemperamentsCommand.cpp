@@ -2,10 +2,15 @@
 #include "cli/Commands.h"
 #include "cli/Output.h"
 #include "cli/ReadingJson.h"
+#include "cli/ScalaCommands.h"
 
 namespace orvane {
 
 int runTemperaments(const TemperamentsOptions &options, const CommonOptions &common) {
+  if (!options.imports.empty())
+    return importScales(options.imports);
+  if (options.exported)
+    return exportScale(*options.exported, common);
   const Tuning tuning = resolveTuning(common);
   const TemperamentTables &tables = tuning.tables;
   Output output;

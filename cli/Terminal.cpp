@@ -24,6 +24,12 @@ std::size_t columnCount(std::string_view text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), beginsCodePoint));
 }
 
+std::string padded(const std::string &text, std::size_t width, Align align) {
+  const std::size_t columns = columnCount(text);
+  const std::string blanks(columns < width ? width - columns : 0, ' ');
+  return align == Align::Right ? blanks + text : text + blanks;
+}
+
 std::string columnsOf(std::string_view text, std::size_t columns) {
   if (columnCount(text) <= columns)
     return std::string(text);

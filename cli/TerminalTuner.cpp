@@ -37,6 +37,7 @@ void TerminalTuner::updateTunerUI() {
   if (!reading)
     return;
   mDisplay.texts = reading->texts;
+  mDisplay.noteNumber = reading->noteNumber;
   mDisplay.lamps = lampRow(reading->deviation);
   mDisplay.centre = mDisplay.lamps.natural;
   mDisplay.deviation = reading->deviation;

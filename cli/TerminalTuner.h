@@ -4,6 +4,7 @@
 #pragma once
 
 #include <optional>
+#include <string_view>
 
 #include "cli/CommonOptions.h"
 #include "core/BlockQueue.h"
@@ -19,6 +20,7 @@ namespace orvane {
 // What the display shows.
 struct Display {
   NoteTexts texts;
+  std::int64_t noteNumber;  // of the sounding note, in semitones from C0
   LampRow lamps;
   CentreLamp centre;     // grey when no pitch was accepted for a while
   float deviation;       // semitones
@@ -28,6 +30,12 @@ struct Display {
   LevelSegments segments;
   std::string levelText;
 };
+
+// "♯", "♭" or nothing.
+inline std::string_view shownAccidental(const NoteTexts &texts) {
+  return texts.mAccidentalText == " " ? std::string_view()
+                                      : std::string_view(texts.mAccidentalText);
+}
 
 // One block's measurement and what the display then shows.
 struct Reading {

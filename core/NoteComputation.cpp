@@ -44,8 +44,8 @@ std::optional<NoteReading> noteReading(float frequency, const TuningSettings &se
                                        const TemperamentTables &temperaments) {
   const float ratio = frequency / settings.mReferencePitch;
   const auto position = static_cast<float>(12.0 * std::log2(static_cast<double>(ratio)) + 57.5);
-  // Keeps the conversions below defined; not-a-number fails it too.
-  if (!(std::fabs(position) < 4096.0F))
+  // Keeps the conversions below defined: what is finite lies within some 1800 semitones of 0.
+  if (!std::isfinite(position))
     return std::nullopt;
   const float octaves = position / 12.0F;
   const float whole = std::trunc(octaves);

@@ -1,6 +1,6 @@
 // Debug builds assert that all calls that say so come from one thread: the first to call. Costs
-// nothing otherwise. Not synchronised: a call from a second thread is a race itself, which the thread
-// sanitizer reports too.
+// nothing otherwise. Not synchronised: a call from a second thread is a race itself, which the
+// thread sanitizer reports too.
 #pragma once
 
 #include <cassert>

@@ -72,9 +72,7 @@ class Parser {
  private:
   bool atEnd() const { return mOffset == mText.size(); }
   bool at(char16_t unit) const { return !atEnd() && mText[mOffset] == unit; }
-  bool atComment(char16_t second) const {
-    return at(u'/') && mOffset + 1 < mText.size() && mText[mOffset + 1] == second;
-  }
+  bool at(std::u16string_view text) const { return mText.substr(mOffset).starts_with(text); }
 
   bool fail(std::size_t offset, const char *reason) {
     mError = PropertyList::errorAt(mText, offset, reason);
@@ -86,9 +84,9 @@ class Parser {
     while (!atEnd()) {
       if (isSpace(mText[mOffset])) {
         ++mOffset;
-      } else if (atComment(u'/')) {
+      } else if (at(u"//")) {
         mOffset = std::min(mText.find_first_of(u"\n\r\u2028\u2029", mOffset), mText.size());
-      } else if (atComment(u'*')) {
+      } else if (at(u"/*")) {
         const std::size_t end = mText.find(u"*/", mOffset + 2);
         if (end == std::u16string_view::npos)
           return fail(mOffset, "comment has no end");
@@ -185,7 +183,7 @@ class Parser {
         return false;
     } else {
       // A slash may stand in a bare string; with a star behind it, it can only begin a comment.
-      while (!atEnd() && isBare(mText[mOffset]) && !atBlockComment())
+      while (!atEnd() && isBare(mText[mOffset]) && !at(u"/*"))
         units.push_back(mText[mOffset++]);
       if (units.empty())
         return fail(start, otherwise);
@@ -196,8 +194,6 @@ class Parser {
     string = std::move(*utf8);
     return true;
   }
-
-  bool atBlockComment() const { return mText.substr(mOffset).starts_with(u"/*"); }
 
   bool parseQuoted(std::u16string &units) {
     const std::size_t start = mOffset;

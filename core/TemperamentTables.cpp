@@ -5,14 +5,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <system_error>
 #include <utility>
 
 #include "core/NumberText.h"
+#include "core/RegularFile.h"
 #include "core/Utf16.h"
 
 namespace orvane {
@@ -36,12 +34,8 @@ void writeRow(const PropertyListValue::List &list, float *row) {
   const float first = entryValue(list[0]);
   // First entry 0: cents from equal temperament. Otherwise: ratios on any common scale.
   if (first == 0.0F) {
-    float accumulator = 100.0F;
-    for (std::size_t j = 1; j < kDegrees; ++j) {
-      const float cents = entryValue(list[j]) + accumulator;
-      row[j] = static_cast<float>(std::exp2(static_cast<double>(cents) / 1200.0));
-      accumulator += 100.0F;
-    }
+    for (std::size_t j = 1; j < kDegrees; ++j)
+      row[j] = TemperamentTables::ratioOf(entryValue(list[j]), j);
   } else {
     for (std::size_t j = 1; j < kDegrees; ++j)
       row[j] = entryValue(list[j]) / first;
@@ -137,52 +131,16 @@ std::optional<PropertyListDictionary> parseTemperaments(std::u16string_view text
   return std::move(*dictionary);
 }
 
-// The whole file, or nothing and the reason.
-std::optional<std::string> readFile(const std::filesystem::path &file, std::string &reason) {
-  constexpr std::size_t kLimit = TemperamentTables::kMaximumFileSize;
-  std::error_code error;
-  const auto status = std::filesystem::status(file, error);
-  // Only regular files: opening a pipe could wait for ever.
-  if (error) {
-    reason = error.message();
-    return std::nullopt;
-  }
-  if (!std::filesystem::is_regular_file(status)) {
-    reason = std::filesystem::is_directory(status) ? "is a folder" : "is no regular file";
-    return std::nullopt;
-  }
-
-  errno = 0;
-  const std::unique_ptr<std::FILE, int (*)(std::FILE *)> stream(
-      std::fopen(file.string().c_str(), "rb"), &std::fclose);
-  if (!stream) {
-    reason = std::generic_category().message(errno);
-    return std::nullopt;
-  }
-  std::string bytes;
-  std::array<char, 65536> chunk;
-  while (bytes.size() <= kLimit) {
-    const std::size_t count = std::fread(chunk.data(), 1, chunk.size(), stream.get());
-    bytes.append(chunk.data(), count);
-    if (count < chunk.size())
-      break;
-  }
-  if (std::ferror(stream.get()) != 0) {
-    reason = std::generic_category().message(errno);
-    return std::nullopt;
-  }
-  if (bytes.size() > kLimit) {
-    reason = "larger than " + std::to_string(kLimit >> 20) + " MiB";
-    return std::nullopt;
-  }
-  return bytes;
-}
-
 }  // namespace
+
+float TemperamentTables::ratioOf(float cents, std::size_t degree) {
+  const float sum = cents + static_cast<float>(degree) * 100.0F;
+  return static_cast<float>(std::exp2(static_cast<double>(sum) / 1200.0));
+}
 
 void TemperamentTables::load(const std::filesystem::path &file, const Log &log) {
   std::string reason;
-  const auto bytes = readFile(file, reason);
+  const auto bytes = readRegularFile(file, kMaximumFileSize, reason);
   const auto text = bytes ? decodeUtf16(*bytes, reason) : std::nullopt;
   auto temperaments = text ? parseTemperaments(*text, reason) : std::nullopt;
   // In UTF-16 a property list always has zero bytes. Editors save UTF-8 unless told otherwise, and

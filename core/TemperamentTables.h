@@ -43,6 +43,8 @@ class TemperamentTables {
   const std::string &name(std::size_t row) const { return mNames[row]; }
   // 12 ratios to the tonic, element 0 is 1.0. Valid until the next load.
   const float *row(std::size_t row) const { return mTemperamentTables.get() + row * kDegreeCount; }
+  // The ratio to the tonic that a list's cents from equal temperament give a degree, 0 to 11.
+  static float ratioOf(float cents, std::size_t degree);
   // "cents = (…)": how far each degree lies from equal temperament, to three decimals, with
   // degree 9 (A when the tonic is C) at zero.
   const std::string &toolTip(std::size_t row) const { return mToolTips[row]; }

@@ -1,5 +1,6 @@
 #include "core/TuningControls.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -53,13 +54,13 @@ std::string tonicTitle(int pitchClass, const TuningSettings &settings,
 std::string transposeText(std::int64_t transpose) {
   if (transpose == 0)
     return {};
-  const std::int64_t pitchClass = transpose < 0 ? transpose + 12 : transpose;
+  const std::int64_t pitchClass = (transpose + 12) % 12;
   return std::string("C = ") + pitchClassName(static_cast<int>(pitchClass)) +
          (transpose < 0 ? " (" : " (+") + std::to_string(transpose) + ")";
 }
 
 std::int64_t tuningOfItem(std::int64_t index) {
-  return index >= 1 ? index - 1 : 0;
+  return std::max<std::int64_t>(index - 1, 0);
 }
 
 std::int64_t itemOfTuning(std::int64_t tuning) {

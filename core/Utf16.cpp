@@ -21,10 +21,11 @@ char16_t unitAt(std::string_view bytes, std::size_t at, ByteOrder order) {
                                                           : first << 8 | second);
 }
 
+// bytes: an even number.
 ByteOrder likelyByteOrder(std::string_view bytes) {
   std::size_t littleCount = 0;
   std::size_t bigCount = 0;
-  for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {
+  for (std::size_t at = 0; at < bytes.size(); at += 2) {
     if (unitAt(bytes, at, ByteOrder::Little) < 0x100)
       ++littleCount;
     if (unitAt(bytes, at, ByteOrder::Big) < 0x100)
@@ -40,11 +41,12 @@ std::string hexadecimal(char16_t unit) {
   return digits;
 }
 
-std::optional<std::size_t> findLoneSurrogate(std::u16string_view text) {
+// A string, because behind its last unit it has a zero, which is no surrogate.
+std::optional<std::size_t> findLoneSurrogate(const std::u16string &text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (!U16_IS_SURROGATE(text[i]))
       continue;
-    if (U16_IS_SURROGATE_TRAIL(text[i]) || i + 1 == text.size() || !U16_IS_TRAIL(text[i + 1]))
+    if (U16_IS_SURROGATE_TRAIL(text[i]) || !U16_IS_TRAIL(text[i + 1]))
       return i;
     ++i;
   }
@@ -66,7 +68,6 @@ std::optional<std::u16string> decodeUtf16(std::string_view bytes, std::string &r
                                      : likelyByteOrder(bytes);
 
   std::u16string text;
-  text.reserve((bytes.size() - start) / 2);
   for (std::size_t at = start; at < bytes.size(); at += 2)
     text.push_back(unitAt(bytes, at, order));
 

@@ -74,8 +74,8 @@ class ControllerRig {
   // Reads the settings file as it is now, makes the tuner and starts it. Call once per launch.
   Controller &launch() {
     quit();
-    defaults = std::make_unique<UserDefaults>(
-        [this](const std::string &line) { system.log(line); }, settingsFile());
+    defaults = std::make_unique<UserDefaults>([this](const std::string &line) { system.log(line); },
+                                              settingsFile());
     controller = std::make_unique<Controller>(
         Controller::Surroundings{hardware, *defaults, system, temperaments});
     controller->awakeFromNib();

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <QStandardPaths>
+
+#include "core/TemperamentFile.h"
 #include "tests/WindowLayouts.h"
 #include "tests/app/ControllerWatch.h"
 
@@ -349,6 +352,23 @@ TEST_F(ControllerStartTest, SelectsTheStoredSourceOfADeviceOnceItRuns) {
   EXPECT_EQ(Lines(rig.hardware.calls.end() - static_cast<std::ptrdiff_t>(expected.size()),
                   rig.hardware.calls.end()),
             expected);
+}
+
+TEST_F(ControllerStartTest, TheUsersTemperamentsLieWhereTheToolkitHasTheProgramsData) {
+  QCoreApplication::setOrganizationName(QStringLiteral("velmora"));
+  QCoreApplication::setApplicationName(QStringLiteral("Orvane"));
+  const QByteArray before = qgetenv("XDG_DATA_HOME");
+  for (const char *folder : {"/somewhere/else", ""}) {
+    qputenv("XDG_DATA_HOME", folder);
+    const QString data = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    EXPECT_EQ(userTemperamentFile().string(), data.toStdString() + "/Temperaments.txt");
+  }
+  if (before.isEmpty())
+    qunsetenv("XDG_DATA_HOME");
+  else
+    qputenv("XDG_DATA_HOME", before);
+  QCoreApplication::setOrganizationName(QString());
+  QCoreApplication::setApplicationName(QString());
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 namespace orvane::test {
 namespace {
 
-constexpr int kJustIntonation = 2;  // its item in the menu
+constexpr int kJustIntonation = 14;  // its item in the menu
 
 class ControllerTuningTest : public testing::Test {
  protected:
@@ -219,7 +219,7 @@ TEST_F(ControllerTuningTest, ChoosingWhatIsChosenAlreadyDoesNothing) {
 // 15/8.
 TEST_F(ControllerTuningTest, EveryTonicTitleIsInTheOctaveOfMiddleC) {
   choose(*tuner.mTuningPopUpButton, kJustIntonation);
-  ASSERT_EQ(tuner.mTuningPopUpButton->titleOfSelectedItem(), "Just Intonation");
+  ASSERT_EQ(tuner.mTuningPopUpButton->titleOfSelectedItem(), "Just intonation (Ellis duodene)");
   EXPECT_TRUE(isRefreshedBy([this] { choose(*tuner.mTonicPopUpButton, 10); }));
   EXPECT_EQ(tuner.mSettings.mTonic, 10);
   EXPECT_EQ(tuner.mTonicPopUpButton->indexOfSelectedItem(), 10);

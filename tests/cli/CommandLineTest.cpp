@@ -216,7 +216,10 @@ TEST_F(CommandLine, HelpAndVersionGoToStandardOutput) {
   EXPECT_EQ(help.exitCode, 0);
   for (const char *word : {"devices", "listen", "analyze", "temperaments", "--reference-pitch"})
     EXPECT_NE(help.output.find(word), std::string::npos) << word;
-  EXPECT_NE(runCommand({"analyze", "--help"}).output.find("--callback-frames"), std::string::npos);
+  const CommandResult analyze = runCommand({"analyze", "--help"});
+  for (const char *word : {"--callback-frames", "--json", "--csv", "--summary", "--plot"})
+    EXPECT_NE(analyze.output.find(word), std::string::npos) << word;
+  EXPECT_NE(runCommand({"listen", "--help"}).output.find("--csv"), std::string::npos);
 }
 
 TEST_F(CommandLine, RecordingsAreListedAsDevicesAndEqualTitlesKeptApart) {

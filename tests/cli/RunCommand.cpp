@@ -40,6 +40,8 @@ struct Pipe {
   }
   if (options.withoutServer)
     ::setenv("PULSE_SERVER", "unix:/nonexistent/native", 1);
+  // No test may find temperaments of whoever runs it.
+  ::setenv("XDG_DATA_HOME", "/nonexistent", 1);
   for (const auto &[name, value] : options.environment)
     ::setenv(name.c_str(), value.c_str(), 1);
   const char *program = options.program.empty() ? ORVANE_CLI : options.program.c_str();
@@ -110,7 +112,9 @@ CommandResult runCommand(const std::vector<std::string> &arguments, const Comman
     }
   }
   int status = 0;
-  ::waitpid(child, &status, 0);
+  rusage usage{};
+  ::wait4(child, &status, 0, &usage);
+  result.peakKiB = usage.ru_maxrss;
   if (WIFEXITED(status))
     result.exitCode = WEXITSTATUS(status);
   else

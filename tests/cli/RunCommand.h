@@ -11,6 +11,7 @@ namespace orvane::test {
 struct CommandResult {
   int exitCode = -1;  // −1 when it had to be killed or a signal ended it
   int signal = 0;     // the one that ended it
+  long peakKiB = 0;   // the most memory it held
   std::string output;
   std::string errors;
 

@@ -39,13 +39,13 @@ TEST_F(TerminalTunerTest, TheDisplayStartsWithTheReferencePitchAndNoLevel) {
 
 TEST_F(TerminalTunerTest, SilenceGraysTheCentreLampAndKeepsTheNote) {
   feed(mTone, 1.0);
-  EXPECT_EQ(noteText(mTuner.display()), "B4");
+  EXPECT_EQ(noteText(mTuner.display().texts), "B4");
   EXPECT_EQ(mTuner.display().centre, CentreLamp::Blue);
   feed({}, 1.1);
   EXPECT_EQ(mTuner.display().centre, CentreLamp::Blue);
   feed({}, 1.3);
   EXPECT_EQ(mTuner.display().centre, CentreLamp::Gray);
-  EXPECT_EQ(noteText(mTuner.display()), "B4");
+  EXPECT_EQ(noteText(mTuner.display().texts), "B4");
   EXPECT_NE(liveLine(mTuner.display(), false, 80).find("○○○○○◇●●●○○"), std::string::npos);
 }
 

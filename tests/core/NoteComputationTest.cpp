@@ -177,12 +177,60 @@ TEST(NoteComputation, UnderATemperamentADeviationMayPassHalfASemitone) {
   EXPECT_NEAR(flat.cents, -54.75F, 0.1F);
 }
 
+TEST(NoteComputation, UnderATemperamentEveryStepIsRoundedToSinglePrecision) {
+  // Computed with exact fractions and logarithms of 70 digits, rounded after each step.
+  const struct {
+    float frequency;
+    float referencePitch;
+    std::int64_t tonic;
+    const char *name;
+    float ideal;
+    float deviation;
+    float cents;
+    float difference;
+  } rows[] = {
+      {404.65F, 440.0F, 0, "G♯4", 0x1.a1a802p+8F, -0x1.186beap-1F, -0x1.b6289ep+5F,
+       -0x1.a03380p+3F},
+      {452.0F, 440.0F, 10, "A 4", 0x1.b8p+8F, 0x1.dd02aep-2F, 0x1.74aa18p+5F, 0x1.8p+3F},
+      {100.3F, 442.3F, 2, "G 2", 0x1.8927d4p+6F, 0x1.67125cp-2F, 0x1.188658p+5F, 0x1.016cp+1F},
+      {1234.5F, 415.0F, 7, "E 6", 0x1.374p+10F, -0x1.2c4aeep-3F, -0x1.d53514p+3F, -0x1.5p+3F},
+      {27.8F, 440.0F, 11, "A 0", 0x1.b8p+4F, 0x1.80b1bap-3F, 0x1.2c8adap+4F, 0x1.3333p-2F},
+      {4150.0F, 440.0F, 4, "C 8", 0x1.084c5p+12F, -0x1.4d54dcp-2F, -0x1.046a4cp+5F, -0x1.3b14p+6F},
+  };
+  for (const auto &row : rows) {
+    TuningSettings settings = pythagoreanOn(row.tonic);
+    settings.mReferencePitch = row.referencePitch;
+    const NoteReading reading = read(row.frequency, settings, pythagorean());
+    EXPECT_EQ(name(reading), row.name);
+    EXPECT_EQ(reading.idealFrequency, row.ideal) << row.name;
+    EXPECT_EQ(reading.deviation, row.deviation) << row.name;
+    EXPECT_EQ(reading.cents, row.cents) << row.name;
+    EXPECT_EQ(reading.difference, row.difference) << row.name;
+  }
+}
+
+TEST(NoteComputation, NoReadingIsTooFarAwayToBeLeftOut) {
+  // The widest quotients there are, and one that overflows.
+  constexpr float kLargest = std::numeric_limits<float>::max();
+  constexpr float kSmallest = std::numeric_limits<float>::denorm_min();
+  for (const float frequency : {kLargest, kSmallest, 1e30F, 1e-30F}) {
+    for (const float reference : {440.0F, kLargest, kSmallest}) {
+      if (frequency == reference)
+        continue;
+      TuningSettings settings;
+      settings.mReferencePitch = reference;
+      EXPECT_FALSE(noteReading(frequency, settings, kNoTables)) << frequency << " " << reference;
+    }
+  }
+}
+
 TEST(NoteComputation, TheSpokenNameFollowsWhatIsShown) {
   EXPECT_EQ(noteName(true, {"A", " ", "4"}), "ay   4");
   EXPECT_EQ(noteName(false, {"A", " ", "4"}), "ay  ");
   EXPECT_EQ(noteName(true, {"E", "♭", "3"}), "E flat 3");
   EXPECT_EQ(noteName(true, {"C", "♯", "5"}), "C sharp 5");
   EXPECT_EQ(noteName(false, {"B", "♭", "2"}), "B flat");
+  EXPECT_EQ(noteName(false, {"Bb", " ", "2"}), "B  ") << "only the first letter";
 }
 
 TEST(NoteComputation, TheSpokenNameLeavesOutAnOctaveThatIsADash) {

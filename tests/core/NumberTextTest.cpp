@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <locale>
 #include <string>
 #include <string_view>
 
@@ -23,14 +24,18 @@ TEST(NumberText, AFloatIsTheDecimalNumberThatTheTextBeginsWith) {
   EXPECT_EQ(floatValue(" \t\n\v\f\r440.5Hz"), 440.5F);
   EXPECT_EQ(floatValue("+442,5"), 442.0F);
   EXPECT_EQ(floatValue("-.5e1x"), -5.0F);
-  EXPECT_EQ(floatValue("44e"), 44.0F);
+  EXPECT_EQ(floatValue("7."), 7.0F);
+  for (const auto text : {"44e", "44E+", "44e-", "44ex", "44.e.5", "44-1", "44.0.9"})
+    EXPECT_EQ(floatValue(text), 44.0F) << text;
   EXPECT_EQ(floatValue("499.9"), 0x1.f3e666p+8F);
 }
 
 TEST(NumberText, ATextThatBeginsWithNoNumberIsZero) {
-  for (const auto text : {"", " ", "A", "-", "+.", "inf", "nan", "Hz 440", "--1", "- 1"})
+  for (const auto text : {"", " ", "A", "-", ".", "-.", "..5", "-.e5", "e5", "inf", "-inf", "nan",
+                          "Hz 440", "--1", "+-1", "- 1", "x", "0x10"}) {
     EXPECT_EQ(floatValue(text), 0.0F) << text;
-  EXPECT_EQ(floatValue("0x10"), 0.0F);
+    EXPECT_FALSE(std::signbit(floatValue(text))) << text;
+  }
 }
 
 TEST(NumberText, AFloatOutOfRangeIsInfiniteOrZeroWithItsSign) {
@@ -54,6 +59,55 @@ TEST(NumberText, WhetherAFloatIsTooLargeOrTooSmallGoesByItsDigitsAndItsExponentT
     EXPECT_EQ(floatValue(text), 0.0F) << text;
     EXPECT_FALSE(std::signbit(floatValue(text))) << text;
   }
+}
+
+TEST(NumberText, AnExponentOfAnyLengthLeavesZeroAtZero) {
+  for (const auto text : {"0e9999999", "0.000e99999999999999999999", "0e-9999999", "00e39"})
+    EXPECT_EQ(floatValue(text), 0.0F) << text;
+}
+
+TEST(NumberText, AFloatIsRoundedOnceAlsoAtTheEndsOfItsRange) {
+  // The largest float is (2^24 - 1) * 2^104 = 340282346638528859811704183484516925440; from half a
+  // step of 2^104 above it, 340282356779733661637539395458142568448, a number is too large.
+  EXPECT_EQ(floatValue("340282346638528859811704183484516925440"), 0x1.fffffep+127F);
+  EXPECT_EQ(floatValue("340282356779733661637539395458142568447"), 0x1.fffffep+127F);
+  EXPECT_EQ(floatValue("340282356779733661637539395458142568448"), kInfinity);
+  // The smallest is 2^-149 = 1.40129846432481707092…e-45, and up to its half a number is too small.
+  EXPECT_EQ(floatValue("7.0064923216240854e-46"), 0x1p-149F);
+  EXPECT_EQ(floatValue("7.0064923216240853e-46"), 0.0F);
+}
+
+// A locale that writes one half as "0,5", as many do.
+struct CommaForPoint : std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(NumberText, TheLocaleDoesNotChangeANumber) {
+  const std::locale before = std::locale::global(std::locale(std::locale(), new CommaForPoint));
+  const std::string zeros(60, '0');
+  EXPECT_EQ(floatValue("440.5"), 440.5F);
+  EXPECT_EQ(floatValue("440,5"), 440.0F);
+  EXPECT_EQ(floatValue("1.5e39"), kInfinity);
+  EXPECT_EQ(floatValue("0.1e40"), kInfinity);
+  EXPECT_EQ(floatValue("1.0e-50"), 0.0F);
+  EXPECT_EQ(floatValue("0." + zeros + "1"), 0.0F);
+  EXPECT_EQ(floatValue("1000" + zeros + ".5"), kInfinity);
+  EXPECT_EQ(integerValue("1000.5"), 1000);
+  EXPECT_EQ(floatText(1234.5F), "1234.5");
+  std::locale::global(before);
+}
+
+TEST(NumberText, NothingBehindTheEndOfTheTextIsRead) {
+  const auto text = "440.25"sv;
+  EXPECT_EQ(floatValue(text.substr(0, 2)), 44.0F);
+  EXPECT_EQ(floatValue(text.substr(0, 5)), 440.2F);
+  EXPECT_EQ(floatValue("5e39"sv.substr(0, 3)), 5000.0F);
+  EXPECT_EQ(integerValue(text.substr(0, 2)), 44);
+  EXPECT_EQ(floatValue(text.substr(0, 0)), 0.0F);
+  EXPECT_EQ(integerValue(text.substr(0, 0)), 0);
+  EXPECT_FALSE(boolValue("01"sv.substr(0, 1)));
 }
 
 TEST(NumberText, AnIntegerIsTheDigitsThatTheTextBeginsWith) {

@@ -161,9 +161,9 @@ TEST(PropertyList, ALoneSurrogateIsAnErrorAtItsString) {
 }
 
 TEST(PropertyList, DataIsAValueOfItsOwn) {
-  const PropertyListValue root = parsed(u"<0fF0 a\n5>");
+  const PropertyListValue root = parsed(u"<0fF0 a\n5 Af9A>");
   ASSERT_NE(root.data(), nullptr);
-  EXPECT_EQ(*root.data(), (std::vector<std::uint8_t>{0x0f, 0xf0, 0xa5}));
+  EXPECT_EQ(*root.data(), (std::vector<std::uint8_t>{0x0f, 0xf0, 0xa5, 0xaf, 0x9a}));
   EXPECT_EQ(parsedOutline(u"{a = <>; b = (<00>, c);}"), "{a=<0 bytes> b=(<1 bytes> c)}");
   EXPECT_EQ(errorOf(u"(<0f 0>)"), "line 1, column 2: data has an odd number of hexadecimal digits");
   EXPECT_EQ(errorOf(u"<0g>"), "line 1, column 3: expected a hexadecimal digit or '>'");
@@ -173,7 +173,9 @@ TEST(PropertyList, DataIsAValueOfItsOwn) {
 
 TEST(PropertyList, WhiteSpaceMayStandBetweenAnyTwoParts) {
   EXPECT_EQ(parsedOutline(u"\t{\n\va\f=\r( \u2028x\u2029,y ) ;\r\n} "), "{a=(x y)}");
-  EXPECT_EQ(errorOf(u"\u00a0a"), "line 1, column 1: expected a value");
+  for (const char16_t unit : u"\x08\x0e\x1f\x85\xa0\u2027\u202a\u3000"sv)
+    EXPECT_EQ(errorOf(std::u16string{unit, u'a'}), "line 1, column 1: expected a value")
+        << static_cast<unsigned>(unit);
 }
 
 TEST(PropertyList, CommentsMayStandWhereWhiteSpaceMay) {

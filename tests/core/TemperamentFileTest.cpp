@@ -5,17 +5,16 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "core/TemperamentFile.h"
 #include "core/TemperamentTables.h"
 #include "tests/core/LoadedTemperaments.h"
 
@@ -187,70 +186,76 @@ TEST_F(TemperamentFile, WithControlCharactersInItsNameIsStillOneLine) {
   expectBuiltIn(loaded, mFolder.string() + "/a?b?[c: No such file or directory");
 }
 
-// The fifths from C-G upward (C-G, G-D, D-A, A-E, E-B, B-F#, F#-C#, C#-G#, G#-Eb, Eb-Bb, Bb-F, F-C)
-// and by how much each is narrower than pure.
-struct Definition {
-  double unit;  // cents
-  std::array<double, 12> narrowings;
+// Sets a variable of the environment, or takes it away, for its life.
+class Variable {
+ public:
+  Variable(const char *name, const std::string &value) : mName(name) {
+    if (const char *before = std::getenv(name))
+      mBefore = before;
+    ::setenv(name, value.c_str(), 1);
+  }
+  explicit Variable(const char *name) : Variable(name, "") { ::unsetenv(name); }
+  ~Variable() {
+    if (mBefore)
+      ::setenv(mName, mBefore->c_str(), 1);
+    else
+      ::unsetenv(mName);
+  }
+  Variable(const Variable &) = delete;
+  Variable &operator=(const Variable &) = delete;
+
+ private:
+  const char *mName;
+  std::optional<std::string> mBefore;
 };
 
-TEST(ShippedTemperaments, AreTheOnesOfTheirDefinitions) {
-  const double fifth = 1200.0 * std::log2(3.0 / 2.0);
-  const double pythagorean = 12.0 * fifth - 7.0 * 1200.0;
-  const double syntonic = 1200.0 * std::log2(81.0 / 80.0);
-  const double schisma = pythagorean - syntonic;
-  const auto meantone = [&](double part) {
-    const double wolf = pythagorean - 11.0 * syntonic * part;
-    const double n = syntonic * part;
-    return Definition{1.0, {n, n, n, n, n, n, n, n, wolf, n, n, n}};
-  };
-  const double quarter = syntonic / 4.0;
-  const std::map<std::string, Definition> definitions = {
-      {"Kellner", {pythagorean / 5.0, {1, 1, 1, 1, 0, 1, 0, 0, 0, 0, 0, 0}}},
-      {"Kirnberger III", {1.0, {quarter, quarter, quarter, quarter, 0, 0, schisma, 0, 0, 0, 0, 0}}},
-      {"Lehman", {pythagorean / 12.0, {2, 2, 2, 2, 0, 0, 0, 1, 1, 1, -1, 2}}},
-      {"Meantone 1/4 Comma", meantone(1.0 / 4.0)},
-      {"Meantone 1/5 Comma", meantone(1.0 / 5.0)},
-      {"Meantone 1/6 Comma", meantone(1.0 / 6.0)},
-      {"Neidhardt Big City", {pythagorean / 12.0, {2, 2, 2, 1, 0, 1, 1, 1, 0, 1, 1, 0}}},
-      {"Neidhardt Small Town", {pythagorean / 12.0, {2, 2, 2, 2, 1, 1, 0, 0, 1, 1, 0, 0}}},
-      {"Pythagorean", {pythagorean, {0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0}}},
-      {"Vallotti", {pythagorean / 6.0, {1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 1}}},
-      {"Werckmeister III", {pythagorean / 4.0, {1, 1, 1, 0, 0, 1, 0, 0, 0, 0, 0, 0}}},
-      {"Young II", {pythagorean / 6.0, {1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 0}}},
-  };
-  std::map<std::string, std::array<double, 12>> expected;  // cents above C
-  for (const auto &[name, definition] : definitions) {
-    double cents = 0.0;
-    for (std::size_t i = 0; i < 12; ++i) {
-      expected[name][i * 7 % 12] = cents;
-      cents = std::fmod(cents + fifth - definition.unit * definition.narrowings[i], 1200.0);
-    }
-    // The circle closes.
-    EXPECT_NEAR(std::remainder(cents, 1200.0), 0.0, 1e-9) << name;
+TEST(UserTemperamentFile, LiesInTheFolderForTheDataOfPrograms) {
+  const Variable home("HOME", "/home/somebody");
+  {
+    const Variable data("XDG_DATA_HOME", "/data");
+    EXPECT_EQ(userTemperamentFile(), "/data/velmora/Orvane/Temperaments.txt");
   }
-  const double justRatios[] = {1.0,       16.0 / 15, 9.0 / 8, 6.0 / 5, 5.0 / 4, 4.0 / 3,
-                               45.0 / 32, 3.0 / 2,   8.0 / 5, 5.0 / 3, 9.0 / 5, 15.0 / 8};
-  for (std::size_t j = 0; j < 12; ++j)
-    expected["Just Intonation"][j] = 1200.0 * std::log2(justRatios[j]);
+  const std::string usual = "/home/somebody/.local/share/velmora/Orvane/Temperaments.txt";
+  {
+    const Variable none("XDG_DATA_HOME");
+    EXPECT_EQ(userTemperamentFile(), usual);
+  }
+  for (const char *folder : {"", "relative/folder"}) {
+    const Variable data("XDG_DATA_HOME", folder);
+    EXPECT_EQ(userTemperamentFile(), usual);
+  }
+}
 
+TEST(UserTemperamentFile, IsNowhereForWhoHasNoHome) {
+  const Variable data("XDG_DATA_HOME");
+  const Variable home("HOME");
+  EXPECT_EQ(userTemperamentFile(), "");
+  EXPECT_EQ(temperamentFile(std::nullopt, "/shipped"), "/shipped");
+}
+
+TEST_F(TemperamentFile, OfTheUserGoesBeforeTheShippedOneAndTheNamedOneBeforeBoth) {
+  const Variable data("XDG_DATA_HOME", mFolder.string());
+  EXPECT_EQ(temperamentFile(std::nullopt, "/shipped"), "/shipped");
+  const auto own = userTemperamentFile();
+  std::filesystem::create_directories(own.parent_path());
+  EXPECT_EQ(temperamentFile(std::nullopt, "/shipped"), "/shipped");
+  std::ofstream(own) << "x";
+  EXPECT_EQ(temperamentFile(std::nullopt, "/shipped"), own);
+  EXPECT_EQ(temperamentFile("named.txt", "/shipped"), "named.txt");
+  EXPECT_EQ(temperamentFile("", "/shipped"), "");
+}
+
+TEST_F(TemperamentFile, OfTheUserIsNotPassedOverWhenItIsUseless) {
+  const Variable data("XDG_DATA_HOME", mFolder.string());
+  const auto own = userTemperamentFile();
+  std::filesystem::create_directories(own);
+  EXPECT_EQ(temperamentFile(std::nullopt, "/shipped"), own);
+  std::filesystem::remove(own);
+  std::filesystem::create_symlink("gone.txt", own);
+  EXPECT_EQ(temperamentFile(std::nullopt, "/shipped"), own);
   Loaded loaded;
-  loaded.load(std::filesystem::path(ORVANE_RESOURCES_DIR) / "Temperaments.txt");
-  EXPECT_TRUE(loaded.log.empty());
-  ASSERT_EQ(loaded.tables.rowCount(), expected.size());
-  EXPECT_EQ(loaded.tables.mTemperamentCount, static_cast<std::int64_t>(expected.size()));
-  for (std::size_t row = 0; row < loaded.tables.rowCount(); ++row) {
-    const std::string &name = loaded.tables.name(row);
-    ASSERT_TRUE(expected.contains(name)) << name;
-    EXPECT_EQ(loaded.tables.row(row)[0], 1.0F);
-    // The file has six decimals; rounding the sum of cents near 1100 and the ratio to single
-    // precision adds at most 0.00006 and 0.0001 cents.
-    for (std::size_t j = 1; j < 12; ++j) {
-      const double ratio = static_cast<double>(loaded.tables.row(row)[j]);
-      EXPECT_NEAR(1200.0 * std::log2(ratio), expected[name][j], 0.00017)
-          << name << ", degree " << j;
-    }
-  }
+  loaded.load(own);
+  expectBuiltIn(loaded, own.string() + ": No such file or directory");
 }
 
 TEST(ShippedTemperaments, HaveThePythagoreanRowOfTheBuiltInTable) {
@@ -266,11 +271,43 @@ TEST(ShippedTemperaments, AreInTheOrderOfTheMenuAndInUtf16WithItsMark) {
   const auto path = std::filesystem::path(ORVANE_RESOURCES_DIR) / "Temperaments.txt";
   Loaded loaded;
   loaded.load(path);
-  EXPECT_EQ(loaded.names(), (std::vector<std::string>{
-                                "Just Intonation", "Kellner", "Kirnberger III", "Lehman",
-                                "Meantone 1/4 Comma", "Meantone 1/5 Comma", "Meantone 1/6 Comma",
-                                "Neidhardt Big City", "Neidhardt Small Town", "Pythagorean",
-                                "Vallotti", "Werckmeister III", "Young II"}));
+  const std::vector<std::string> expected = {"1/3-comma meantone (Salinas, 1577)",
+                                             "1/4-comma meantone (Aaron, 1523)",
+                                             "1/5-comma meantone (Verheijen, c. 1600)",
+                                             "1/6-comma meantone (syntonic comma)",
+                                             "2/7-comma meantone (Zarlino, 1558)",
+                                             "2/9-comma meantone (Rossi, 1666)",
+                                             "Barnes (1979)",
+                                             "Bendeler I (c. 1690)",
+                                             "Bendeler II (c. 1690)",
+                                             "Bendeler III (c. 1690)",
+                                             "d'Alembert (1752)",
+                                             "Grammateus (1518)",
+                                             "Just intonation (Ellis duodene)",
+                                             "Kellner (1977)",
+                                             "Kirnberger I (1766)",
+                                             "Kirnberger II (1771)",
+                                             "Kirnberger III (1779)",
+                                             "Lambert (1774)",
+                                             "Lehman (2005)",
+                                             "Neidhardt Big City (1724)",
+                                             "Neidhardt II (1724)",
+                                             "Neidhardt Small Town (1732)",
+                                             "Neidhardt Village (1732)",
+                                             "Pythagorean",
+                                             "Pythagorean (Arnaut, c. 1440)",
+                                             "Rameau (1726)",
+                                             "Silbermann (1/6 Pythagorean comma)",
+                                             "Sorge (1758)",
+                                             "Vallotti",
+                                             "Werckmeister III (1691)",
+                                             "Werckmeister IV (1691)",
+                                             "Werckmeister V (1691)",
+                                             "Werckmeister VI, D 175 (1691)",
+                                             "Werckmeister VI, D 176 (1691)",
+                                             "Young I (1800)",
+                                             "Young II (1800)"};
+  EXPECT_EQ(loaded.names(), expected);
   std::ifstream file(path, std::ios::binary);
   EXPECT_EQ(file.get(), 0xFF);
   EXPECT_EQ(file.get(), 0xFE);

@@ -134,6 +134,11 @@ TEST(TemperamentTables, ANegativeFirstRatioTurnsTheSigns) {
             (Row{1.0F, -0.5F, 0.5F, -1.0F, 1.0F, -2.0F, 2.0F, -4.0F, 4.0F, -0.5F, -0.0F, -1.5F}));
 }
 
+TEST(TemperamentTables, TheTonicIsOneEvenUnderAnInfiniteFirstRatio) {
+  const Loaded loaded = loadedText("{a = (1e39, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11);}");
+  EXPECT_EQ(loaded.row(0), (Row{1.0F}));  // eleven zeros
+}
+
 TEST(TemperamentTables, RatiosNeedNotAscendNorStayBelowTheOctave) {
   EXPECT_EQ(loadedText("{a = (1, 8, 0.25, 0, 3, 2, 1, 5, 6, 7, 9, 0.5);}").row(0),
             (Row{1.0F, 8.0F, 0.25F, 0.0F, 3.0F, 2.0F, 1.0F, 5.0F, 6.0F, 7.0F, 9.0F, 0.5F}));
@@ -339,6 +344,17 @@ TEST(TemperamentTables, ATextThatIsNoPropertyListGivesTheBuiltInTable) {
   expectBuiltIn(loadedText("{\n  a = (" + kTwelveZeros + ")\n}"),
                 "test: line 3, column 1: expected ';'");
   expectBuiltIn(loadedText(""), "test: line 1, column 1: the text is empty");
+}
+
+TEST(TemperamentTables, ControlCharactersOfTheSourceDoNotBreakTheLogLine) {
+  TemperamentTables tables;
+  std::string line;
+  tables.loadText(u"", std::string("a\0b\1c\x1f\x7f \xc3\xa9", 10),
+                  [&line](const std::string &text) { line = text; });
+  EXPECT_EQ(
+      line,
+      "failed to read Temperaments.txt. error: a?b?c?? \xc3\xa9: line 1, column 1: the text is "
+      "empty");
 }
 
 TEST(TemperamentTables, ARootThatIsNoDictionaryOfListsGivesTheBuiltInTable) {

@@ -2,18 +2,24 @@
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 
+#include <cstddef>
+#include <new>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvane {
 namespace {
 
 using namespace std::string_view_literals;
 
+// Under the address sanitizer this notices who reads past the end, which a vector ends at.
 std::u16string decoded(std::string_view bytes) {
+  const std::vector<char> exact(bytes.begin(), bytes.end());
   std::string reason;
-  const auto text = decodeUtf16(bytes, reason);
+  const auto text = decodeUtf16({exact.data(), exact.size()}, reason);
   EXPECT_TRUE(text) << reason;
   EXPECT_EQ(reason, "");
   return text.value_or(u"(undecodable)");
@@ -47,6 +53,9 @@ TEST(Utf16, WithoutAMarkTheOrderWithMoreUnitsBelow100IsTaken) {
   // One unit speaks for little endian, two for big endian.
   EXPECT_EQ(decoded("a\0\0b\0c"sv), u"\u6100bc");
   EXPECT_EQ(decoded("\0aa\0b\0"sv), u"\u6100ab");
+  // U+0100 itself speaks for no order: first 0 to 1, then 1 to 1.
+  EXPECT_EQ(decoded("\0\1"sv), u"\1"sv);
+  EXPECT_EQ(decoded("\1\0\0\2"sv), u"\1\u0200");
 }
 
 TEST(Utf16, WithoutAMarkATieIsLittleEndian) {
@@ -114,16 +123,59 @@ TEST(Utf16, DoesNotComeFromInvalidUtf8) {
   EXPECT_FALSE(utf16FromUtf8("\xc0\x80"));      // longer than need be
 }
 
-TEST(Utf16, TooLongForTheConversionIsRefusedUnread) {
-  // Addresses of their own without memory behind them: whoever reads there crashes.
-  constexpr std::size_t kBytes = (std::size_t{1} << 30) + 4096;
-  void *region =
-      mmap(nullptr, kBytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  ASSERT_NE(region, MAP_FAILED);
-  const std::size_t tooLong = (std::size_t{1} << 29) + 1;
-  EXPECT_FALSE(utf8FromUtf16({static_cast<const char16_t *>(region), tooLong}));
-  EXPECT_FALSE(utf16FromUtf8({static_cast<const char *>(region), tooLong}));
-  munmap(region, kBytes);
+constexpr std::size_t kLongest = std::size_t{1} << 29;
+
+// Addresses without memory behind them, for more than the longest text: who reads there crashes.
+class Utf16LongTextTest : public testing::Test {
+ protected:
+  static constexpr std::size_t kBytes = 2 * kLongest + 4096;
+
+  Utf16LongTextTest()
+      : mRegion(
+            mmap(nullptr, kBytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0)) {}
+  ~Utf16LongTextTest() override { munmap(mRegion, kBytes); }
+  void SetUp() override { ASSERT_NE(mRegion, MAP_FAILED); }
+
+  std::u16string_view units(std::size_t count) const {
+    return {static_cast<const char16_t *>(mRegion), count};
+  }
+  std::string_view bytes(std::size_t count) const {
+    return {static_cast<const char *>(mRegion), count};
+  }
+
+ private:
+  void *mRegion;
+};
+
+TEST_F(Utf16LongTextTest, TooLongForTheConversionIsRefusedUnread) {
+  EXPECT_FALSE(utf8FromUtf16(units(kLongest + 1)));
+  EXPECT_FALSE(utf16FromUtf8(bytes(kLongest + 1)));
+}
+
+TEST_F(Utf16LongTextTest, TheLongestIsTakenOnAndFailsForWantOfMemoryOnly) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "a sanitizer does not live without memory";
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+  GTEST_SKIP() << "a sanitizer does not live without memory";
+#endif
+#endif
+  const auto isTakenOn = [](const auto &convert) {
+    rlimit before{};
+    getrlimit(RLIMIT_AS, &before);
+    const rlimit none{0, before.rlim_max};
+    setrlimit(RLIMIT_AS, &none);
+    bool result = false;
+    try {
+      convert();
+    } catch (const std::bad_alloc &) {
+      result = true;
+    }
+    setrlimit(RLIMIT_AS, &before);
+    return result;
+  };
+  EXPECT_TRUE(isTakenOn([this] { utf8FromUtf16(units(kLongest)); }));
+  EXPECT_TRUE(isTakenOn([this] { utf16FromUtf8(bytes(kLongest)); }));
 }
 
 }  // namespace

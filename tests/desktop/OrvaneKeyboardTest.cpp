@@ -134,7 +134,7 @@ TEST_P(OrvaneKeyboardTest, TabGoesThroughAllControlsInReadingOrderAndBack) {
   expectFocus("mTuningPopUpButton");
   // Without a temperament there is no tonic to choose.
   input.key("Down");
-  expectTitle(*program, "mTuningPopUpButton", "Just Intonation");
+  expectTitle(*program, "mTuningPopUpButton", "1/3-comma meantone (Salinas, 1577)");
   const Names order = inReadingOrder();
   EXPECT_EQ(order.size(), 9U);
   input.key("Alt+d");
@@ -335,13 +335,13 @@ TEST_P(OrvaneKeyboardTest, EveryFunctionIsThereForTheKeys) {
   input.key("space");
   ASSERT_TRUE(eventually([this] {
     return program->object("mTuningPopUpButton")
-        .findNamed("Kellner", "list item")
+        .findNamed("1/4-comma meantone (Aaron, 1523)", "list item")
         .is(AccessibleState::kShowing);
   }));
   input.key("Down");
   input.key("Down");
   input.key("Return");
-  expectTitle(*program, "mTuningPopUpButton", "Kellner");
+  expectTitle(*program, "mTuningPopUpButton", "1/4-comma meantone (Aaron, 1523)");
   input.key("Alt+n");
   input.key("Down");
   input.key("Down");

@@ -59,7 +59,7 @@ TEST_P(OrvaneSpeechTest, SaysStatusAndReportAtAKeyInEitherWindow) {
   input.key("Ctrl+S");
   EXPECT_TRUE(comesToSay("ay  , in tune, 440.0 hertz")) << said();
 
-  ASSERT_TRUE(program.choose("mTuningPopUpButton", "Just Intonation"));
+  ASSERT_TRUE(program.choose("mTuningPopUpButton", "Just intonation (Ellis duodene)"));
   ASSERT_TRUE(
       program.choose("mTransposePopUpButton", program.titles("mTransposePopUpButton")[11 + 11]));
   mic.play(466.16);
@@ -69,10 +69,12 @@ TEST_P(OrvaneSpeechTest, SaysStatusAndReportAtAKeyInEitherWindow) {
   ASSERT_TRUE(eventually([&] { return windows.active() == meter; }));
   input.key("Ctrl+D");
   ASSERT_TRUE(eventually([this] { return speech.texts().size() == 2; })) << said();
-  EXPECT_NE(said().find("Reference Pitch: 440 hertz. Transpose: +11. Tuning: Just Intonation. "
-                        "Tonic: C. Input Device: " +
-                        program.title("mInputDevicePopUpButton") + ". Input Peak Level: "),
-            std::string::npos)
+  EXPECT_NE(
+      said().find(
+          "Reference Pitch: 440 hertz. Transpose: +11. Tuning: Just intonation (Ellis duodene). "
+          "Tonic: C. Input Device: " +
+          program.title("mInputDevicePopUpButton") + ". Input Peak Level: "),
+      std::string::npos)
       << said();
   EXPECT_EQ(said().find("♭"), std::string::npos);
   EXPECT_EQ(said().find("♯"), std::string::npos);
@@ -116,14 +118,15 @@ TEST_P(OrvaneSpeechTest, TheReportIsExactlyWhatIsShown) {
   OrvaneProgram program(desktop, tree);
   ASSERT_TRUE(program.opens()) << program.standardError();
   windows.activate(windows.find(kMainWindow));
-  ASSERT_TRUE(program.choose("mTuningPopUpButton", "Just Intonation"));
+  ASSERT_TRUE(program.choose("mTuningPopUpButton", "Just intonation (Ellis duodene)"));
   ASSERT_TRUE(program.choose("mTransposePopUpButton", "-1"));
   ASSERT_TRUE(program.choose("mTonicPopUpButton", program.titles("mTonicPopUpButton")[9]));
   const auto report = [&](const std::string &start, const std::string &pitch) {
     std::string level = program.text("mLevelText");
     level = level.substr(0, level.find("dB"));
     return start + ". Reference Pitch: " + pitch +
-           " hertz. Transpose: -1. Tuning: Just Intonation. Tonic: ay. Input Device: " +
+           " hertz. Transpose: -1. Tuning: Just intonation (Ellis duodene). Tonic: ay. Input "
+           "Device: " +
            program.title("mInputDevicePopUpButton") + ". Input Peak Level: " + level + " dB. ";
   };
   // Nothing more is heard once it shows that, and so nothing else is shown.

@@ -1,6 +1,10 @@
 // The controls of the tuning, worked with the pointer and with the keys.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+
+#include "tests/cli/TestFiles.h"
 #include "tests/desktop/OrvaneRig.h"
 
 namespace orvane::test {
@@ -73,8 +77,8 @@ TEST_P(OrvaneTuningTest, ThePopUpsAreChosenFromWithThePointer) {
   mic.play(440.0);
 
   // A pure scale from C has A at 5/3: C = 440 × 3/5.
-  ASSERT_TRUE(program.choose("mTuningPopUpButton", "Just Intonation"));
-  expectTitle(program, "mTuningPopUpButton", "Just Intonation");
+  ASSERT_TRUE(program.choose("mTuningPopUpButton", "Just intonation (Ellis duodene)"));
+  expectTitle(program, "mTuningPopUpButton", "Just intonation (Ellis duodene)");
   expectTitle(program, "mTonicPopUpButton", "C (264.0Hz)");
   EXPECT_TRUE(program.object("mTonicPopUpButton").is(AccessibleState::kEnabled));
   // From G, A is at 9/8: G = 440 × 8/9.
@@ -135,6 +139,37 @@ TEST_P(OrvaneTuningTest, ThePopUpsAreReachedAndTurnedWithTheKeys) {
   expectNote(program, "C5");
   input.key("Shift+Tab");
   ASSERT_TRUE(hasFocus("mTonicPopUpButton"));
+}
+
+TEST_P(OrvaneTuningTest, TemperamentsOfTheUsersOwnTakeThePlaceOfTheShippedOnes) {
+  const auto folder = desktop.configurationFolder().parent_path() / ".local/share/velmora/Orvane";
+  const auto own = folder / "Temperaments.txt";
+  std::filesystem::create_directories(folder);
+  const auto write = [](const std::filesystem::path &file, const std::string &bytes) {
+    std::ofstream(file, std::ios::binary) << bytes;
+  };
+  const std::string list = " = (0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);}";
+  // What stands behind equal temperament and the divider, and what the program had to say.
+  const auto expectTemperament = [&](const std::vector<std::string> &arguments,
+                                     const std::string &name, const std::string &error) {
+    OrvaneProgram program(desktop, tree, arguments);
+    ASSERT_TRUE(program.opens()) << program.standardError();
+    const std::vector<std::string> titles = program.titles("mTuningPopUpButton");
+    ASSERT_EQ(titles.size(), 3U);
+    EXPECT_EQ(titles[2], name);
+    EXPECT_NE(program.standardError().find(error), std::string::npos) << program.standardError();
+    ASSERT_TRUE(program.chooseMenu("Orvane", "Quit"));
+    EXPECT_EQ(program.wait(), 0);
+  };
+
+  write(own, utf16("{Mine" + list));
+  expectTemperament({}, "Mine", "");
+  write(desktop.folder() / "named.txt", utf16("{Named" + list));
+  expectTemperament({"--temperaments", (desktop.folder() / "named.txt").string()}, "Named", "");
+  write(own, utf16("{Mine = (0;}"));
+  expectTemperament({}, "Pythagorean",
+                    "orvane: failed to read Temperaments.txt. error: " + own.string() +
+                        ": line 1, column 11: expected ',' or ')'\n");
 }
 
 }  // namespace

@@ -56,8 +56,8 @@ TEST_F(OrvaneWindowTest, TheDisclosureTriangleShowsAndHidesTheDetailsAtEveryZoom
   expectContent(2 * kFullLayout);
   program.enter("mReferencePitchText", "442");
   expectText(program, "mReferencePitchText", "442");
-  ASSERT_TRUE(program.choose("mTuningPopUpButton", "Just Intonation"));
-  expectTitle(program, "mTuningPopUpButton", "Just Intonation");
+  ASSERT_TRUE(program.choose("mTuningPopUpButton", "Just intonation (Ellis duodene)"));
+  expectTitle(program, "mTuningPopUpButton", "Just intonation (Ellis duodene)");
 }
 
 TEST_F(OrvaneWindowTest, ADragAtTheFrameKeepsTheProportionsUnlessAKeySaysOtherwise) {

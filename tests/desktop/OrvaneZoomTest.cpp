@@ -72,10 +72,10 @@ TEST_F(OrvaneZoomTest, EveryControlWorksByMouseAndKeyboardWhereItIsDrawn) {
     input.key("Up");
     expectText(program, "mReferencePitchText", std::to_string(pitch + 1));
 
-    ASSERT_TRUE(program.choose("mTuningPopUpButton", "Kellner"));
-    expectTitle(program, "mTuningPopUpButton", "Kellner");
+    ASSERT_TRUE(program.choose("mTuningPopUpButton", "Kellner (1977)"));
+    expectTitle(program, "mTuningPopUpButton", "Kellner (1977)");
     input.key("Down");
-    expectTitle(program, "mTuningPopUpButton", "Kirnberger III");
+    expectTitle(program, "mTuningPopUpButton", "Kirnberger I (1766)");
 
     // The knob's centre goes from 7 units within the right end to the same within the left.
     const QRect slider = program.place("mInputVolumeSlider");

@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 constexpr const char *kMicrophone = "Studio Microphone";
 constexpr const char *kLongTitle =
     "Eight-channel recording interface of the choir organ, console microphones left and right";
-constexpr const char *kLongTemperament = "Neidhardt Small Town";
+constexpr const char *kLongTemperament = "Neidhardt Small Town (1732)";
 
 class Screenshots : public DesktopTest {
  protected:

@@ -4,6 +4,8 @@
 
 #include <cerrno>
 #include <csignal>
+#include <fstream>
+#include <iterator>
 #include <set>
 
 #include "tests/failures/FailingRun.h"
@@ -32,6 +34,11 @@ class CommandFailures : public testing::Test {
     }
   }
 
+  static std::string contentOf(const std::string &file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
+
   TestFolder mFolder;
   const std::string mSound = mFolder.writeSound("a4.wav", sine(440.0, 8000, 0.5), 8000);
 
@@ -56,6 +63,26 @@ class CommandFailures : public testing::Test {
 
 TEST_F(CommandFailures, AnalyzeTellsOfThemOrReadsTheWholeRecording) {
   expectClean({"analyze", mSound});
+}
+
+TEST_F(CommandFailures, SeveralRecordingsAreReadToTheirEndsOrItIsTold) {
+  expectClean({"analyze", mSound, mSound, mSound, "--json"});
+}
+
+TEST_F(CommandFailures, ADrawingIsThereWholeOrAsItWas) {
+  const std::string plot = mFolder.write("plot.svg", "before");
+  const std::vector<std::string> arguments{"analyze", mSound, "--summary", "--plot", plot};
+  for (const Failure &failure : kFailures) {
+    FailingRuns(arguments).forEach(
+        failure, 30, [&] { mFolder.write("plot.svg", "before"); },
+        [&](const FailedRun &run) {
+          const std::string drawn = contentOf(plot);
+          if (run.result.exitCode == 0)
+            EXPECT_TRUE(drawn.ends_with("</svg>\n")) << run.told();
+          else
+            EXPECT_TRUE(drawn == "before" || drawn.ends_with("</svg>\n")) << run.told();
+        });
+  }
 }
 
 TEST_F(CommandFailures, TheTemperamentsAreListedOrItIsTold) {

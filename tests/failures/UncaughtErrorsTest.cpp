@@ -3,9 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <exception>
+#include <cstdlib>
 #include <new>
-#include <stdexcept>
 #include <thread>
 
 namespace orvane::test {
@@ -13,22 +12,6 @@ namespace {
 
 // More than there is anywhere.
 constexpr std::size_t kTooMuch = PTRDIFF_MAX - 4096;
-
-[[noreturn]] void failInAThread(const std::exception_ptr &error) {
-  reportUncaughtErrors("tuner");
-  std::thread([&] { std::rethrow_exception(error); }).join();
-  std::abort();
-}
-
-TEST(UncaughtErrors, EndTheProgramWithALineAndAStatusAndNoCoreDump) {
-  const auto exited = testing::ExitedWithCode(1);
-  EXPECT_EXIT(failInAThread(std::make_exception_ptr(std::bad_alloc())), exited,
-              "^tuner: memory: not enough\n$");
-  EXPECT_EXIT(failInAThread(std::make_exception_ptr(std::runtime_error("out of order"))), exited,
-              "^tuner: internal error: out of order\n$");
-  EXPECT_EXIT(failInAThread(std::make_exception_ptr(1)), exited,
-              "^tuner: internal error: unknown\n$");
-}
 
 TEST(UncaughtErrors, WantOfMemoryEndsTheProgramBeforeAnybodyCatchesItWhereThatIsWanted) {
   const auto allocate = [] {

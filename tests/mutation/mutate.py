@@ -180,7 +180,7 @@ class Bench:
             return "none"
         tests = [self.program(folder, made, by), "--gtest_fail_fast", "--gtest_brief=1"]
         # Its own tests first, which are quick and kill most.
-        for which in (f"{mutant.file.stem}.*", "*"):
+        for which in (f"{mutant.file.stem}*", "*"):
             if self.run(tests + [f"--gtest_filter={which}"], 60, short_lived) != 0:
                 return "killed"
         return "survived"
