@@ -3,6 +3,8 @@
 #include <iostream>
 
 #include <QApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QProcess>
 #include <QPushButton>
@@ -19,6 +21,15 @@ bool isDesktop(const QString &currentDesktop, const char *name) {
 void launch(QStringList command) {
   const QString program = command.takeFirst();
   QProcess::startDetached(program, command);
+}
+
+// Installed, the program that speaks is out of the way of those that people start; where both were
+// built, it stands beside this one.
+QString speechHelper() {
+  const QString here = QCoreApplication::applicationDirPath();
+  const QString installed =
+      QDir::cleanPath(here + QStringLiteral("/../libexec/orvane/orvane-speech"));
+  return QFileInfo::exists(installed) ? installed : here + QStringLiteral("/orvane-speech");
 }
 
 }  // namespace
@@ -66,8 +77,7 @@ void DesktopSystem::terminate() {
 }
 
 std::unique_ptr<SpeechSynthesizer> DesktopSystem::makeSpeechSynthesizer() {
-  return std::make_unique<DispatcherSpeech>(QCoreApplication::applicationDirPath() +
-                                            QStringLiteral("/orvane-speech"));
+  return std::make_unique<DispatcherSpeech>(speechHelper());
 }
 
 void DesktopSystem::log(const std::string &line) {

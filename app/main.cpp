@@ -22,6 +22,7 @@
 #include "app/DesktopColours.h"
 #include "app/DesktopSystem.h"
 #include "app/QuitSignals.h"
+#include "audio/KeptMemory.h"
 #include "audio/PulseAudioHardware.h"
 #include "audio/RecordingHardware.h"
 #include "core/TemperamentFile.h"
@@ -103,6 +104,8 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
   QCoreApplication::setOrganizationName(QStringLiteral("velmora"));
   QCoreApplication::setApplicationName(QStringLiteral("Orvane"));
   QCoreApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
+  // By this the desktop finds the icon, where windows bring none along.
+  QGuiApplication::setDesktopFileName(QStringLiteral("org.velmora.Orvane"));
   QApplication application(argc, argv);
   QApplication::setStyle(QStringLiteral("Fusion"));
   const DesktopColours colours;
@@ -131,6 +134,7 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
 
 // Before the other objects with static storage, which take memory.
 [[gnu::constructor(101)]] void prepareForTheWorst() {
+  keepFreedMemory();
   reportUncaughtErrors("orvane");
   endWithoutMemory();
 }

@@ -85,7 +85,7 @@ class LiveWriter {
     if (mRecords) {
       mOutput.write(mRecords->line(reading));
       mOutput.flush();
-    } else if (!mIsLive && reading.accepted) {
+    } else if (!mIsLive && reading.isShown()) {
       show(changeLine(reading.display), "", "\n");
     }
   }

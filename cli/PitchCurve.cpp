@@ -37,7 +37,7 @@ void PitchCurve::add(const Reading &reading) {
   mColumns.resize(column + 1);
 
   const float cents = reading.display.deviation * 100.0F;
-  if (!reading.accepted || !std::isfinite(cents)) {
+  if (!reading.isShown() || !std::isfinite(cents)) {
     if (++mPause == kPauseBlocks)
       mLastNote = kNoNote;
     return;

@@ -1,4 +1,4 @@
-// How far the accepted readings of one recording lie from their notes, along its time, in a
+// How far the readings of one recording lie from their notes, along its time, in a
 // picture's worth of memory: readings that follow each other share a column once there are too many
 // for one each. One thread.
 #pragma once
@@ -22,7 +22,7 @@ class PitchCurve {
 
   // The readings of as many blocks as every column stands for.
   struct Column {
-    std::uint64_t readings = 0;  // accepted ones; without any, their cents and note mean nothing
+    std::uint64_t readings = 0;  // shown ones; without any, their cents and note mean nothing
     double sum = 0.0;            // cents
     float lowest = 0.0F;         // cents
     float highest = 0.0F;
@@ -33,7 +33,7 @@ class PitchCurve {
     double mean() const { return sum / static_cast<double>(readings); }
   };
 
-  // Every reading of the recording in order. One whose cents are no number counts as not accepted.
+  // Every reading of the recording in order. One whose cents are no number counts as not shown.
   void add(const Reading &reading);
 
   const std::vector<Column> &columns() const { return mColumns; }
@@ -54,7 +54,7 @@ class PitchCurve {
   double mDuration = 0.0;
   std::map<std::int64_t, std::string> mNames;
 
-  std::int64_t mLastNote = kNoNote;  // of the latest accepted reading; none after a pause
+  std::int64_t mLastNote = kNoNote;  // of the latest shown reading; none after a pause
   std::uint64_t mBegin = 0;          // block of its first reading
   int mReadingsOfNote = 0;
   int mPause = 0;  // blocks without a reading since

@@ -5,9 +5,9 @@
 #include <cmath>
 #include <vector>
 
-#include "cli/ReadingText.h"
 #include "cli/Terminal.h"
 #include "core/LampMeter.h"
+#include "core/NumberText.h"
 
 namespace orvane {
 namespace {

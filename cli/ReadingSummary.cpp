@@ -6,6 +6,7 @@
 #include "cli/ReadingJson.h"
 #include "cli/ReadingText.h"
 #include "cli/Terminal.h"
+#include "core/NumberText.h"
 
 namespace orvane {
 namespace {
@@ -25,7 +26,7 @@ std::string number(double value) {
 }  // namespace
 
 void ReadingSummary::add(const Reading &reading) {
-  if (!reading.accepted)
+  if (!reading.isShown())
     return;
   const Display &display = reading.display;
   Note &note = mNotes[display.noteNumber];

@@ -1,5 +1,5 @@
-// What the accepted readings of one recording say together: of each note shown, how often it was
-// read and where its cents lie, and how the cents drift over the recording. In memory that depends
+// What the readings of one recording say together: of each note shown, how often it was read and
+// where its cents lie, and how the cents drift over the recording. In memory that depends
 // on the number of notes only: cents are whole numbers, and one note has about a hundred of them.
 // One thread.
 #pragma once
@@ -25,7 +25,7 @@ class ReadingSummary {
     double interquartileRange;
   };
 
-  // A reading that was not accepted is left out.
+  // A reading that is not shown is left out.
   void add(const Reading &reading);
 
   // Cents a minute: the slope of the straight line of least squares through the cents of all

@@ -1,9 +1,7 @@
 #include "cli/ReadingText.h"
 
-#include <array>
-#include <charconv>
-
 #include "cli/Terminal.h"
+#include "core/NumberText.h"
 #include "core/SignedText.h"
 
 namespace orvane {
@@ -67,13 +65,6 @@ std::string noteAndCents(const Display &display) {
 
 std::string noteText(const NoteTexts &texts) {
   return texts.mNoteText + std::string(shownAccidental(texts)) + texts.mOctaveText;
-}
-
-std::string fixedText(double value, int decimals) {
-  std::array<char, 340> text;
-  const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
-                                 std::chars_format::fixed, decimals);
-  return {text.data(), end.ptr};
 }
 
 std::string timeText(double seconds) {

@@ -10,9 +10,6 @@ namespace orvane {
 // "C♯4", "A4".
 std::string noteText(const NoteTexts &texts);
 
-// A number that is finite, with so many decimals (at most 20) and no exponent.
-std::string fixedText(double value, int decimals);
-
 // Seconds to the millisecond, aligned: "   1.091 s".
 std::string timeText(double seconds);
 

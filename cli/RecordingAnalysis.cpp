@@ -30,7 +30,7 @@ class ReadingWriter {
   void write(const Reading &reading) {
     if (mRecords)
       return mOutput.write(mRecords->line(reading));
-    if (!reading.accepted)
+    if (!reading.isShown())
       return;
     std::string change = changeLine(reading.display);
     if (change == mLastChange)

@@ -48,6 +48,9 @@ struct Reading {
   std::int64_t peakHold;  // 0 to 96, before its release
   float frequency;        // hertz, accepted and smoothed
   const Display &display;
+
+  // Below A0 and above C8 the display stays at what it showed before.
+  bool isShown() const { return accepted && display.frequency == frequency; }
 };
 
 class TerminalTuner : private UpdateLoopDisplay {

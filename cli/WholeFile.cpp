@@ -42,32 +42,44 @@ bool writeAll(int descriptor, std::string_view content) {
   return ::fsync(descriptor) == 0;
 }
 
+// Also behind a link to what is not there yet. Links that lead to each other stay links.
+std::filesystem::path behindLinks(std::filesystem::path file) {
+  constexpr int kMostLinks = 40;
+  std::error_code error;
+  for (int k = 0; k < kMostLinks && std::filesystem::is_symlink(file, error); ++k)
+    file = file.parent_path() / std::filesystem::read_symlink(file, error);
+  return file;
+}
+
 }  // namespace
 
 void writeWholeFile(const std::string &file, std::string_view content) {
+  const auto fail = [&file](const char *reason) { throw CliError(kExitFailed, file, reason); };
   const WithoutSignals withoutSignals;
-  std::error_code ignored;
-  const std::filesystem::path canonical = std::filesystem::weakly_canonical(file, ignored);
-  const std::string target = canonical.empty() ? file : canonical.string();
-  const std::string written = target + '.' + std::to_string(::getpid()) + ".new";
+  const std::string target = behindLinks(file).string();
+  struct stat before {};
+  const bool isThere = ::stat(target.c_str(), &before) == 0;
+  if (!isThere && errno != ENOENT)
+    fail(std::strerror(errno));
+  // What is moved there would take the place of a device or a pipe.
+  if (isThere && !S_ISREG(before.st_mode))
+    fail(S_ISDIR(before.st_mode) ? "is a folder" : "is no regular file");
 
+  const std::string written = target + '.' + std::to_string(::getpid()) + ".new";
   const int descriptor = ::open(written.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  int error = descriptor < 0 ? errno : 0;
-  if (descriptor >= 0) {
-    struct stat before {};
-    if (::stat(target.c_str(), &before) == 0)
-      static_cast<void>(::fchmod(descriptor, before.st_mode & 0777));
-    if (!writeAll(descriptor, content))
-      error = errno;
-    if (::close(descriptor) != 0 && error == 0)
-      error = errno;
-    if (error == 0 && std::rename(written.c_str(), target.c_str()) != 0)
-      error = errno;
-    if (error != 0)
-      ::unlink(written.c_str());
+  if (descriptor < 0)
+    fail(std::strerror(errno));
+  if (isThere)
+    static_cast<void>(::fchmod(descriptor, before.st_mode & 0777));
+  int error = writeAll(descriptor, content) ? 0 : errno;
+  if (::close(descriptor) != 0 && error == 0)
+    error = errno;
+  if (error == 0 && std::rename(written.c_str(), target.c_str()) != 0)
+    error = errno;
+  if (error != 0) {
+    ::unlink(written.c_str());
+    fail(std::strerror(error));
   }
-  if (error != 0)
-    throw CliError(kExitFailed, file, std::strerror(error));
 }
 
 }  // namespace orvane

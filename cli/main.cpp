@@ -2,6 +2,7 @@
 #include <exception>
 #include <new>
 
+#include "audio/KeptMemory.h"
 #include "cli/CliError.h"
 #include "cli/CommandLine.h"
 #include "cli/Output.h"
@@ -31,6 +32,7 @@ int run(const CommandLine &line) {
 
 // Before the other objects with static storage, which take memory.
 [[gnu::constructor(101)]] void prepareForTheWorst() {
+  keepFreedMemory();
   reportUncaughtErrors("orvane-cli");
 }
 

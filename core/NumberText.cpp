@@ -67,4 +67,11 @@ std::string floatText(float value) {
   return {text.data(), end.ptr};
 }
 
+std::string fixedText(double value, int decimals) {
+  std::array<char, 340> text;  // the largest double has 309 digits before its point
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                 std::chars_format::fixed, decimals);
+  return {text.data(), end.ptr};
+}
+
 }  // namespace orvane

@@ -25,4 +25,8 @@ bool boolValue(std::string_view text);
 // "440", "499.9". What is not finite reads "inf", "-inf", "nan", which all read back as 0.
 std::string floatText(float value);
 
+// With so many decimals (at most 20) and no exponent: "0.50". "inf" and "nan" for what is not
+// finite.
+std::string fixedText(double value, int decimals);
+
 }  // namespace orvane

@@ -25,10 +25,10 @@ void findPeaksOneByOne(std::span<const float> samples, Peaks &peaks) {
   const float *x = samples.data();
   float magnitude = 0.0F;
   float threshold = 0.0F;
-  std::size_t peak = 0;
   std::size_t previousPeak = 0;
   std::size_t i = 0;
   while (true) {
+    std::size_t peak = 0;
     // Written as a negation so that not-a-number counts as not positive.
     while (i < n && !(x[i] > 0.0F)) {
       if (-x[i] > magnitude)
@@ -45,15 +45,13 @@ void findPeaksOneByOne(std::span<const float> samples, Peaks &peaks) {
     if (i == n)  // a half-wave that is still open adds nothing
       break;
     if (peak != 0) {
-      if (threshold > magnitude)
-        magnitude = threshold;
+      magnitude = std::max(magnitude, threshold);
       peaks.spacings[peaks.count++] = peak - previousPeak;
       if (peaks.count == Peaks::kMaximumSpacings)
         break;
       threshold = decayed(threshold);
       previousPeak = peak;
     }
-    peak = 0;
   }
   peaks.magnitude = magnitude;
 }
@@ -74,10 +72,9 @@ unsigned lanesEqual(__m128 lanes, __m128 value) {
   return static_cast<unsigned>(_mm_movemask_ps(_mm_cmpeq_ps(lanes, value)));
 }
 
-// In every lane.
-__m128 largestLane(__m128 lanes) {
-  lanes = _mm_max_ps(lanes, _mm_shuffle_ps(lanes, lanes, _MM_SHUFFLE(1, 0, 3, 2)));
-  return _mm_max_ps(lanes, _mm_shuffle_ps(lanes, lanes, _MM_SHUFFLE(2, 3, 0, 1)));
+float largestLane(__m128 lanes) {
+  lanes = _mm_max_ps(lanes, _mm_movehl_ps(lanes, lanes));
+  return _mm_cvtss_f32(_mm_max_ss(lanes, _mm_shuffle_ps(lanes, lanes, 1)));
 }
 
 __m128 largestLanes(const float *x) {
@@ -90,7 +87,7 @@ std::size_t highestBit(unsigned bits) {
 }
 
 // The largest of the positive samples from begin to end, more than 8.
-__m128 largestOfMany(const float *x, std::size_t begin, std::size_t end) {
+float largestOfMany(const float *x, std::size_t begin, std::size_t end) {
   __m128 largest = _mm_loadu_ps(x + end - kLanes);
   std::size_t i = begin;
   for (; i + kStep < end; i += kStep)
@@ -102,7 +99,7 @@ __m128 largestOfMany(const float *x, std::size_t begin, std::size_t end) {
 
 // The same of at most 8; 8 can be read. Without a branch, because noise changes their number with
 // every half-wave.
-__m128 largestOfFew(const float *x, std::size_t begin, std::size_t end) {
+float largestOfFew(const float *x, std::size_t begin, std::size_t end) {
   constexpr std::uint32_t kKept = ~0U;
   static constexpr std::array<std::uint32_t, 4 *kLanes> kMask = {kKept, kKept, kKept, kKept,
                                                                  kKept, kKept, kKept, kKept};
@@ -116,9 +113,9 @@ __m128 largestOfFew(const float *x, std::size_t begin, std::size_t end) {
 
 float largestOf(std::span<const float> samples, std::size_t begin, std::size_t end) {
   if (end - begin > 2 * kLanes)
-    return _mm_cvtss_f32(largestOfMany(samples.data(), begin, end));
+    return largestOfMany(samples.data(), begin, end);
   if (begin + 2 * kLanes <= samples.size())
-    return _mm_cvtss_f32(largestOfFew(samples.data(), begin, end));
+    return largestOfFew(samples.data(), begin, end);
   return *std::max_element(samples.data() + begin, samples.data() + end);
 }
 
@@ -168,11 +165,9 @@ float largestNegative(std::span<const float> samples) {
     d = _mm_min_ps(_mm_loadu_ps(x + i + 3 * kLanes), d);
   }
   const __m128 lowest = _mm_min_ps(_mm_min_ps(a, b), _mm_min_ps(c, d));
-  float magnitude = _mm_cvtss_f32(largestLane(_mm_sub_ps(_mm_setzero_ps(), lowest)));
-  for (; i < samples.size(); ++i) {
-    if (-x[i] > magnitude)
-      magnitude = -x[i];
-  }
+  float magnitude = largestLane(_mm_sub_ps(_mm_setzero_ps(), lowest));
+  for (; i < samples.size(); ++i)
+    magnitude = std::max(magnitude, -x[i]);
   return magnitude;
 }
 
@@ -238,12 +233,20 @@ void findPeaks(std::span<const float> samples, Peaks &peaks) {
 
 #endif
 
+int compareSpacing(const void *first, const void *second) {
+  const std::uint64_t a = *static_cast<const std::uint64_t *>(first);
+  const std::uint64_t b = *static_cast<const std::uint64_t *>(second);
+  return a < b ? -1 : a > b ? 1 : 0;
+}
+
 void sortSpacings(std::uint64_t *spacings, std::size_t count) {
   // Few numbers in a small range: counted rather than compared.
   constexpr std::size_t kRange = 4096;
   constexpr std::size_t kWordBits = 64;
   if (std::any_of(spacings, spacings + count, [](std::uint64_t s) { return s >= kRange; })) {
-    std::sort(spacings, spacings + count);
+    // Not by qsort, which may take memory.
+    std::sort(spacings, spacings + count,
+              [](std::uint64_t a, std::uint64_t b) { return compareSpacing(&a, &b) < 0; });
     return;
   }
   std::array<std::uint8_t, kRange> counts;  // set for the numbers that occur

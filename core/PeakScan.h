@@ -25,7 +25,10 @@ struct Peaks {
 void findPeaks(std::span<const float> samples, Peaks &peaks);
 void findPeaksOneByOne(std::span<const float> samples, Peaks &peaks);
 
-// Sorts count spacings, at most 128, ascending.
+// Three-way order of two std::uint64_t.
+int compareSpacing(const void *first, const void *second);
+
+// Sorts count spacings, at most 128, ascending. Takes no memory.
 void sortSpacings(std::uint64_t *spacings, std::size_t count);
 
 }  // namespace orvane

@@ -38,12 +38,6 @@ bool PitchDetector::detectPitch(const CaptureBlock &block) {
   return detected;
 }
 
-int PitchDetector::compareSpacing(const void *first, const void *second) {
-  const std::uint64_t a = *static_cast<const std::uint64_t *>(first);
-  const std::uint64_t b = *static_cast<const std::uint64_t *>(second);
-  return a < b ? -1 : a > b ? 1 : 0;
-}
-
 float PitchDetector::averageDiffs(std::uint64_t *spacings, std::uint64_t count) const {
   if (count < 2)
     return 0.0F;

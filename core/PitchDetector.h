@@ -26,9 +26,6 @@ class PitchDetector {
   // list in place when it holds more than three.
   float averageDiffs(std::uint64_t *spacings, std::uint64_t count) const;
 
-  // Three-way order of two std::uint64_t, for qsort.
-  static int compareSpacing(const void *first, const void *second);
-
   float mRawFrequency = 0.0F;  // hertz, of the last block that had a pitch; cleared once accepted
   float mRawPeak = 0.0F;       // linear, 0.0 to 1.0
   std::int64_t mPeak = 0;      // 0 to 96, one step a decibel, 96 is full scale

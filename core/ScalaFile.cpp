@@ -152,13 +152,6 @@ std::string plainText(std::string_view line) {
   return utf8FromUtf16(text.substr(start, text.find_last_not_of(u' ') + 1 - start)).value_or("");
 }
 
-std::string fixedText(double number, int decimals) {
-  std::array<char, 400> digits;
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number,
-                                 std::chars_format::fixed, decimals);
-  return {digits.data(), end.ptr};
-}
-
 // How many cents a degree lies from equal temperament, as a temperament file has it.
 std::string offsetText(double cents, std::size_t degree) {
   std::string text = fixedText(cents - 100.0 * static_cast<double>(degree), kDecimals);

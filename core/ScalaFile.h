@@ -1,7 +1,6 @@
 // Scala scale files of twelve notes: a line of description, the number of notes, and a line for
 // each pitch above the implied 1/1, as cents where it has a period, else as a ratio; lines that
-// begin with
-// "!" are comments. Their degree 0 is the tonic, as that of a temperament.
+// begin with "!" are comments. Their degree 0 is the tonic, as that of a temperament.
 // Any thread; not real-time safe (allocates).
 #pragma once
 

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <utility>
 
@@ -42,16 +41,9 @@ void writeRow(const PropertyListValue::List &list, float *row) {
   }
 }
 
-void appendCents(std::string &text, double cents) {
+std::string centsText(double cents) {
   // The sign of not-a-number differs between processors.
-  if (std::isnan(cents)) {
-    text += "nan";
-    return;
-  }
-  std::array<char, 400> digits;  // the largest double has 309 digits before its point
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), cents,
-                                 std::chars_format::fixed, 3);
-  text.append(digits.data(), end.ptr);
+  return std::isnan(cents) ? "nan" : fixedText(cents, 3);
 }
 
 std::string toolTipOf(const float *row) {
@@ -69,7 +61,7 @@ std::string toolTipOf(const float *row) {
     if (j > 0)
       text += ", ";
     // Degree 9 is 0 by definition, also where its logarithm is infinite.
-    appendCents(text, j == kReferenceDegree ? 0.0 : 1200.0 * octaves(j) - 1200.0 * reference);
+    text += centsText(j == kReferenceDegree ? 0.0 : 1200.0 * octaves(j) - 1200.0 * reference);
   }
   return text + ")";
 }

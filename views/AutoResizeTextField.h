@@ -81,7 +81,7 @@ class AutoResizeTextField : public Zoomed<QLineEdit> {
   bool mIsDecoration = false;
   bool mIsTabular = false;
   bool mHasKeyOfItsOwn = false;  // pressed since it got the keyboard
-  bool mIsEdited = false;  // by the user, since editing last ended
+  bool mIsEdited = false;        // by the user, since editing last ended
 };
 
 }  // namespace orvane

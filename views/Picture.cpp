@@ -13,7 +13,10 @@
 namespace orvane {
 namespace {
 
-constexpr std::size_t kRasters = 3;
+// Of a picture that moves, one for each of its places between two pixels.
+constexpr std::size_t kRasters = 8;
+// Nobody sees less, and a needle that trembles by less costs nothing.
+constexpr double kStepsOfPixel = 8.0;
 constexpr double kFarthestPixel = 1e6;
 // Larger rasters are not worth their memory.
 constexpr double kLargestRaster = 16e6;  // pixels
@@ -22,6 +25,10 @@ bool isShowable(const QRectF &rect) {
   const auto isNear = [](double edge) { return std::abs(edge) <= kFarthestPixel; };
   return isNear(rect.left()) && isNear(rect.top()) && isNear(rect.right()) &&
          isNear(rect.bottom()) && !rect.isEmpty();
+}
+
+double snapped(double pixels) {
+  return std::round(pixels * kStepsOfPixel) / kStepsOfPixel;
 }
 
 }  // namespace
@@ -47,7 +54,7 @@ QSizeF Picture::size() const {
 
 void Picture::drawInRect(QPainter &painter, const QRectF &target) const {
   const QTransform device = painter.deviceTransform();
-  const QRectF pixels = device.mapRect(target);
+  QRectF pixels = device.mapRect(target);
   if (!isShowable(target) || !isShowable(pixels))
     return;
   const bool isUpright =
@@ -56,6 +63,7 @@ void Picture::drawInRect(QPainter &painter, const QRectF &target) const {
     mRenderer->render(&painter, target);
     return;
   }
+  pixels.moveTo(snapped(pixels.left()), snapped(pixels.top()));
   const QRect whole = pixels.toAlignedRect();
   const QImage image = raster(pixels.translated(-QPointF(whole.topLeft())), whole.size());
   // Undoes the device transform, so that each pixel of the raster is one of the device.

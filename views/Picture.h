@@ -29,9 +29,9 @@ class Picture {
 
   // The width and height the drawing gives itself.
   QSizeF size() const;
-  // Stretches the whole picture into target, which is in the painter's coordinates. An empty
-  // target, or one that no screen could show (not finite, further out than a million pixels), draws
-  // nothing.
+  // Stretches the whole picture into target, which is in the painter's coordinates. It
+  // begins at the nearest eighth of a pixel. An empty target, or one that no screen could show (not
+  // finite, further out than a million pixels), draws nothing.
   void drawInRect(QPainter &painter, const QRectF &target) const;
 
  private:

@@ -34,8 +34,8 @@ QSizeF resizedFrameSize(const QSizeF &proposed, const QSizeF &minimum,
 // proportions are to stay minimum's: a single dragged edge brings the other dimension along.
 QSizeF proportionalProposal(const QSizeF &before, const QSizeF &after, const QSizeF &minimum);
 
-// A frame that the user can get hold of again: minimum in place of nothing, which is what a multiple
-// below one half comes to, and no less than a quarter of it.
+// A frame that the user can get hold of again: minimum in place of nothing, which is what a
+// multiple below one half comes to, and no less than a quarter of it.
 QSizeF usableFrameSize(const QSizeF &size, const QSizeF &minimum);
 
 // A frame of another size in the place of after, which the user has dragged there from before: an

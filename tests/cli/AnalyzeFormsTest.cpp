@@ -1,4 +1,7 @@
 // The forms of readings beside JSON, and the summary.
+#include <fstream>
+#include <iterator>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -120,6 +123,25 @@ TEST_F(AnalyzeForms, ASummaryOfOneReadingHasNoDriftAndOneOfNoneHasNothing) {
   EXPECT_EQ(runCommand({"analyze", mSilence, "--summary"}).output, "Summary: no note was heard\n");
   EXPECT_EQ(runCommand({"analyze", mSilence, "--summary", "--json"}).lines().back(),
             "{\"summary\":{\"notes\":[],\"drift\":null}}");
+}
+
+// 4000 Hz is accepted, but three notes above C8 where A4 is 349 Hz.
+TEST_F(AnalyzeForms, ANoteBeyondThoseThatAreNamedIsNotTakenForTheOneShownBefore) {
+  const std::string high = mFolder.writeSound("high.wav", sine(4000.0, 48000, 0.5), 48000);
+  const std::vector<std::string> low{"--reference-pitch", "349"};
+  const Json reading =
+      Json::parse(runCommand({"analyze", high, "--json", low[0], low[1]}).lines().at(0));
+  EXPECT_EQ(reading["accepted"], true);
+  EXPECT_EQ(reading["frequency"], 4000.0);
+  EXPECT_EQ(reading["idealFrequency"], 349.0);
+  const std::string plot = mFolder.path("high.svg");
+  EXPECT_EQ(runCommand({"analyze", high, "--summary", "--plot", plot, low[0], low[1]}).output,
+            "Summary: no note was heard\n");
+  std::ifstream drawing(plot);
+  const std::string svg{std::istreambuf_iterator<char>(drawing), {}};
+  EXPECT_NE(svg.find("</svg>"), std::string::npos);
+  EXPECT_EQ(svg.find("class=\"line\""), std::string::npos);
+  EXPECT_EQ(runCommand({"listen", "--input", high, "--seconds", "0.3", low[0], low[1]}).output, "");
 }
 
 TEST_F(AnalyzeForms, EachOfSeveralRecordingsHasItsOwnSummary) {

@@ -72,6 +72,30 @@ TEST_F(AnalyzePlot, ADrawingBehindALinkIsReplacedWhereItIs) {
   EXPECT_TRUE(content(mFolder.path("plots/real.svg")).ends_with("</svg>\n"));
 }
 
+TEST_F(AnalyzePlot, ALinkToADrawingThatIsNotThereYetIsFollowed) {
+  std::filesystem::create_symlink("../new.svg", mPlot);
+  EXPECT_EQ(runCommand({"analyze", mTone, "--plot", mPlot}).exitCode, 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(mPlot));
+  EXPECT_TRUE(content(mFolder.path("new.svg")).ends_with("</svg>\n"));
+}
+
+TEST_F(AnalyzePlot, WhatIsNoFileIsNotReplaced) {
+  const std::string pipe = mFolder.path("plots/pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  std::filesystem::create_symlink("pipe", mPlot);
+  EXPECT_EQ(runCommand({"analyze", mTone, "--plot", mPlot}).errors,
+            "orvane-cli: " + mPlot + ": is no regular file\n");
+  EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+
+  const std::string loop = mFolder.path("plots/loop.svg");
+  std::filesystem::create_symlink("loop.svg", loop);
+  const CommandResult result = runCommand({"analyze", mTone, "--plot", loop});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors, "orvane-cli: " + loop + ": Too many levels of symbolic links\n");
+  EXPECT_TRUE(std::filesystem::is_symlink(loop));
+  EXPECT_EQ(names(), (std::vector<std::string>{"a4.svg", "loop.svg", "pipe"}));
+}
+
 TEST_F(AnalyzePlot, AFullDiskLeavesTheOldDrawing) {
   mFolder.write("plots/a4.svg", "old");
   CommandOptions limited;
@@ -90,7 +114,7 @@ TEST_F(AnalyzePlot, APlaceThatCannotBeWrittenIsTold) {
   std::filesystem::create_directory(mPlot);
   const CommandResult folder = runCommand({"analyze", mTone, "--plot", mPlot});
   EXPECT_EQ(folder.exitCode, 1);
-  EXPECT_EQ(folder.errors, "orvane-cli: " + mPlot + ": Is a directory\n");
+  EXPECT_EQ(folder.errors, "orvane-cli: " + mPlot + ": is a folder\n");
   EXPECT_EQ(names(), std::vector<std::string>{"a4.svg"});
 }
 

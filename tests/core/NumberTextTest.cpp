@@ -171,6 +171,14 @@ TEST(NumberText, WhatIsNotFiniteIsWrittenAsAWordThatReadsAsZero) {
   EXPECT_EQ(floatText(std::numeric_limits<float>::quiet_NaN()), "nan");
 }
 
+TEST(NumberText, ANumberHasAsManyDecimalsAsAskedForAndNoExponent) {
+  EXPECT_EQ(fixedText(0.5, 2), "0.50");
+  EXPECT_EQ(fixedText(-0.04, 1), "-0.0");
+  EXPECT_EQ(fixedText(1e22, 0), "10000000000000000000000");
+  EXPECT_EQ(fixedText(-std::numeric_limits<double>::max(), 20).size(), 1U + 309U + 1U + 20U);
+  EXPECT_EQ(fixedText(std::numeric_limits<double>::infinity(), 3), "inf");
+}
+
 TEST(NumberText, AnyFiniteFloatReadsBackAsItself) {
   // Every 9973rd bit pattern: all exponents, both signs.
   for (std::uint64_t bits = 0; bits <= 0xFFFFFFFFU; bits += 9973) {

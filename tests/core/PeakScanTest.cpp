@@ -135,6 +135,14 @@ TEST(PeakScan, ByVectorsNothingCountsBehindTheLastSpacing) {
   }
 }
 
+TEST(PeakScan, SpacingsCompareAsUnsignedNumbersOfSixtyFourBits) {
+  const std::uint64_t small = 1;
+  const std::uint64_t large = 0xFFFFFFFFFFFFFFFF;
+  EXPECT_EQ(compareSpacing(&small, &large), -1);
+  EXPECT_EQ(compareSpacing(&large, &small), 1);
+  EXPECT_EQ(compareSpacing(&small, &small), 0);
+}
+
 TEST(PeakScan, SpacingsOfAnySizeAreSorted) {
   Random random(5);
   for (const std::uint64_t range :

@@ -303,13 +303,5 @@ TEST(PitchDetector, MoreThanHalfOfTheSpacingsMustLieInTheWindow) {
   EXPECT_EQ(d.average({1, 2, 3, 100, 100, 101}), 0.0F);  // 3 of 6
 }
 
-TEST(PitchDetector, SpacingsCompareAsUnsignedNumbersOfSixtyFourBits) {
-  const std::uint64_t small = 1;
-  const std::uint64_t large = 0xFFFFFFFFFFFFFFFF;
-  EXPECT_EQ(PitchDetector::compareSpacing(&small, &large), -1);
-  EXPECT_EQ(PitchDetector::compareSpacing(&large, &small), 1);
-  EXPECT_EQ(PitchDetector::compareSpacing(&small, &small), 0);
-}
-
 }  // namespace
 }  // namespace orvane::test

@@ -128,6 +128,24 @@ TEST(Picture, StandsAtFractionsOfAPixel) {
   EXPECT_NEAR(image.pixelColor(4, 2).green(), 127, 2);
 }
 
+TEST(Picture, StandsAtTheNearestEighthOfAPixel) {
+  const PictureFolder folder;
+  folder.writePlain("red", 4, 4, "#ff0000");
+  const auto picture = Picture::imageNamed("red");
+  // How much of the white is seen through the first column is how far to the right it begins.
+  const auto seenThrough = [&](double left) {
+    QImage image = white(6, 4);
+    QPainter painter(&image);
+    picture->drawInRect(painter, QRectF(left, 0.0, 4.0, 4.0));
+    painter.end();
+    return image.pixelColor(0, 2).green();
+  };
+  EXPECT_NEAR(seenThrough(0.45), 127, 2);
+  EXPECT_NEAR(seenThrough(0.55), 127, 2);
+  EXPECT_NEAR(seenThrough(0.57), 159, 2);
+  EXPECT_NEAR(seenThrough(0.05), 0, 2);
+}
+
 TEST(Picture, IsDrawnTheSameAgainAndAgainAtAnyOrderOfSizes) {
   const PictureFolder folder;
   folder.writeDrawing("halves", 24, 24, kLeftRedRightBlue);
