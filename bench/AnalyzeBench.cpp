@@ -1,5 +1,6 @@
 // orvane-cli analyze over recordings of several lengths, as a whole process: the time it takes and
 // the most memory it held, which must not grow with the file.
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <numbers>

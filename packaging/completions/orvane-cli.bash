@@ -48,17 +48,15 @@ _orvane_cli() {
     --reference-pitch | --transpose | --seconds | --callback-frames) return ;;
   esac
 
+  if [[ $word != -* && ($command == analyze || " ${COMP_WORDS[*]} " == *' --import '*) ]]; then
+    compopt -o filenames -o default 2>/dev/null
+    return
+  fi
   local words='-h --help --reference-pitch --temperament --tonic --transpose --temperaments'
   case $command in
     devices) words+=' --json --input' ;;
     listen) words+=' --device --input --seconds --json --csv' ;;
-    analyze)
-      if [[ $word != -* ]]; then
-        compopt -o filenames -o default 2>/dev/null
-        return
-      fi
-      words+=' --json --csv --summary --plot --callback-frames'
-      ;;
+    analyze) words+=' --json --csv --summary --plot --callback-frames' ;;
     temperaments) words+=' --json --import --export' ;;
     *) words+=' --version devices listen analyze temperaments' ;;
   esac

@@ -25,4 +25,5 @@ complete -c orvane-cli -n "__fish_seen_subcommand_from analyze" -l summary -d 'M
 complete -c orvane-cli -n "__fish_seen_subcommand_from analyze" -l plot -r -F -d 'Draw cents over time'
 complete -c orvane-cli -n "__fish_seen_subcommand_from analyze" -l callback-frames -x -d 'Frames fed at a time'
 complete -c orvane-cli -n "__fish_seen_subcommand_from temperaments" -l import -r -F -d 'Scala scale files to read'
+complete -c orvane-cli -n "__fish_seen_subcommand_from temperaments; and __fish_contains_opt import" -F
 complete -c orvane-cli -n "__fish_seen_subcommand_from temperaments" -l export -x -a '(orvane-cli temperaments 2>/dev/null | string match -rv "^ ")' -d 'Temperament to write as a Scala file'

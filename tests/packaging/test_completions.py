@@ -75,6 +75,9 @@ class Bash(unittest.TestCase):
         self.assertIn(name, self.complete("orvane-cli", "--temperament", "=", name.split()[0]))
         self.assertIn(name, self.complete("orvane-cli", "--temperament", "'" + name[:-1]))
 
+    def test_files_behind_the_first_one_to_import(self):
+        self.assertEqual(self.complete("orvane-cli", "temperaments", "--import", "a.scl", ""), [])
+
     def test_tonics_by_name(self):
         offered = self.complete("orvane-cli", "listen", "--tonic", "E")
         self.assertEqual(sorted(offered), ["E", "Eb"])
