@@ -22,6 +22,7 @@
 
 #include "app/FileLock.h"
 #include "core/NumberText.h"
+#include "core/RegularFile.h"
 
 namespace orvane {
 namespace {
@@ -135,15 +136,6 @@ QVariantMap valuesOf(const QSettings &settings) {
       values.insert(asWritten(key), value);
   }
   return values;
-}
-
-// The file that the path stands for, behind all symbolic links; it need not exist.
-std::filesystem::path targetOf(std::filesystem::path file) {
-  constexpr int kMaximumLinks = 40;
-  std::error_code error;
-  for (int i = 0; i < kMaximumLinks && std::filesystem::is_symlink(file, error); ++i)
-    file = file.parent_path() / std::filesystem::read_symlink(file, error);
-  return file;
 }
 
 // Whether a file now holds all the values. On a full disk QSettings writes a part of a file and
@@ -322,7 +314,7 @@ void UserDefaults::synchronize() {
   if (error)
     return tell("cannot be written: " + error.message());
   // Programs that write at the same time would otherwise undo each other's changes.
-  std::filesystem::path lockFile = targetOf(mFile);
+  std::filesystem::path lockFile = fileBehindLinks(mFile);
   lockFile += ".lock";
   FileLock lock(lockFile);
   const FileLock::Answer answer = lock.take(kLockTimeout);
@@ -347,7 +339,7 @@ std::string UserDefaults::save() {
     else
       values.remove(key);
   }
-  const std::filesystem::path target = targetOf(mFile);
+  const std::filesystem::path target = fileBehindLinks(mFile);
   if (::access(target.c_str(), W_OK) != 0 && errno != ENOENT)
     return std::generic_category().message(errno);
   std::filesystem::path work = target.parent_path() / ".";

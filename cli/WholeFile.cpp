@@ -4,13 +4,13 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "cli/CliError.h"
+#include "core/RegularFile.h"
 
 namespace orvane {
 namespace {
@@ -42,21 +42,12 @@ bool writeAll(int descriptor, std::string_view content) {
   return ::fsync(descriptor) == 0;
 }
 
-// Also behind a link to what is not there yet. Links that lead to each other stay links.
-std::filesystem::path behindLinks(std::filesystem::path file) {
-  constexpr int kMostLinks = 40;
-  std::error_code error;
-  for (int k = 0; k < kMostLinks && std::filesystem::is_symlink(file, error); ++k)
-    file = file.parent_path() / std::filesystem::read_symlink(file, error);
-  return file;
-}
-
 }  // namespace
 
 void writeWholeFile(const std::string &file, std::string_view content) {
   const auto fail = [&file](const char *reason) { throw CliError(kExitFailed, file, reason); };
   const WithoutSignals withoutSignals;
-  const std::string target = behindLinks(file).string();
+  const std::string target = fileBehindLinks(file).string();
   struct stat before {};
   const bool isThere = ::stat(target.c_str(), &before) == 0;
   if (!isThere && errno != ENOENT)

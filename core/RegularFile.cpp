@@ -47,4 +47,12 @@ std::optional<std::string> readRegularFile(const std::filesystem::path &file, st
   return bytes;
 }
 
+std::filesystem::path fileBehindLinks(std::filesystem::path file) {
+  constexpr int kMostLinks = 40;
+  std::error_code error;
+  for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(file, error); ++i)
+    file = file.parent_path() / std::filesystem::read_symlink(file, error);
+  return file;
+}
+
 }  // namespace orvane

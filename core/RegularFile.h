@@ -1,4 +1,4 @@
-// Files of texts, read whole. Any thread; not real-time safe.
+// Files that are read whole, and where a path leads. Any thread; not real-time safe.
 #pragma once
 
 #include <cstddef>
@@ -13,5 +13,9 @@ namespace orvane {
 // could wait for ever.
 std::optional<std::string> readRegularFile(const std::filesystem::path &file, std::size_t limit,
                                            std::string &reason);
+
+// The file that the path stands for, behind all symbolic links; it need not exist. Links that lead
+// to each other stay links. Not real-time safe.
+std::filesystem::path fileBehindLinks(std::filesystem::path file);
 
 }  // namespace orvane
