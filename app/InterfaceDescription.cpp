@@ -3,7 +3,9 @@
 #include <map>
 
 #include <QBuffer>
+#include <QCoreApplication>
 #include <QFile>
+#include <QScopeGuard>
 #include <QUiLoader>
 
 #include "views/AutoResizeBox.h"
@@ -54,6 +56,17 @@ class Loader : public QUiLoader {
   }
 };
 
+// The toolkit's loader would load every plug-in for form designers that is installed, and with them
+// libraries that take longer than the rest of a description.
+std::unique_ptr<Loader> loaderWithoutPlugIns() {
+  const QStringList paths = QCoreApplication::libraryPaths();
+  QCoreApplication::setLibraryPaths({});
+  const auto restore = qScopeGuard([&paths] { QCoreApplication::setLibraryPaths(paths); });
+  auto loader = std::make_unique<Loader>();
+  loader->setLanguageChangeEnabled(false);
+  return loader;
+}
+
 }  // namespace
 
 InterfaceDescription::InterfaceDescription(const QString &name)
@@ -66,11 +79,10 @@ InterfaceDescription::InterfaceDescription(const QString &name)
   if (file.error() != QFileDevice::NoError)
     fail(file.errorString().toStdString());
   text.open(QIODevice::ReadOnly);
-  Loader loader;
-  loader.setLanguageChangeEnabled(false);
-  mRoot.reset(loader.load(&text));
+  const std::unique_ptr<Loader> loader = loaderWithoutPlugIns();
+  mRoot.reset(loader->load(&text));
   if (mRoot == nullptr)
-    fail(loader.errorString().simplified().toStdString());
+    fail(loader->errorString().simplified().toStdString());
 }
 
 void InterfaceDescription::fail(const std::string &reason) const {

@@ -17,6 +17,7 @@
 #include <QPainter>
 #include <QPixmap>
 #include <QScopeGuard>
+#include <QTimer>
 
 #include "app/Controller.h"
 #include "app/DesktopColours.h"
@@ -112,7 +113,6 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
   // The controller decides when the last window was closed.
   QApplication::setQuitOnLastWindowClosed(false);
   QDir::setSearchPaths(QStringLiteral("resources"), {resourceFolder()});
-  QApplication::setWindowIcon(windowIcon());
 
   const std::unique_ptr<AudioHardware> hardware = makeHardware(options.inputs, system);
   if (hardware == nullptr)
@@ -129,6 +129,8 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
   QObject::connect(&application, &QCoreApplication::aboutToQuit, finish);
   std::atexit(finish);
   controller.awakeFromNib();
+  // Drawing it takes time; the windows need not wait for it.
+  QTimer::singleShot(0, &application, [] { QApplication::setWindowIcon(windowIcon()); });
   return QApplication::exec();
 }
 

@@ -1,6 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include <QLibraryInfo>
+#include <QScopeGuard>
+#include <QUiLoader>
 
 #include "tests/app/ControllerWatch.h"
 #include "tests/app/ResourceFolder.h"
@@ -153,6 +160,34 @@ TEST_F(InterfaceDescriptionTest, NamesADamagedDescriptionInOneLine) {
   }
   mResources.write("MainMenu.ui", whole);
   EXPECT_EQ(error(), "none");
+}
+
+// The memory map of this process names the libraries in it.
+bool isLoaded(const std::filesystem::path &library) {
+  std::ifstream map("/proc/self/maps");
+  const std::string lines{std::istreambuf_iterator<char>(map), {}};
+  return lines.find(library.string()) != std::string::npos;
+}
+
+TEST_F(InterfaceDescriptionTest, LoadsNoPlugInsForFormDesigners) {
+  const std::filesystem::path plugIn = mFolder / "designer" / "libqminimal.so";
+  std::filesystem::create_directory(plugIn.parent_path());
+  std::filesystem::copy_file(
+      std::filesystem::path(QLibraryInfo::path(QLibraryInfo::PluginsPath).toStdString()) /
+          "platforms" / plugIn.filename(),
+      plugIn);
+  QCoreApplication::addLibraryPath(QString::fromStdString((mFolder / "").string()));
+  const auto restore = qScopeGuard([this] {
+    QCoreApplication::removeLibraryPath(QString::fromStdString((mFolder / "").string()));
+  });
+  const QStringList paths = QCoreApplication::libraryPaths();
+
+  EXPECT_EQ(error(), "none");
+  EXPECT_FALSE(isLoaded(plugIn));
+  EXPECT_EQ(QCoreApplication::libraryPaths(), paths);
+  // The toolkit's loader, left to itself, does.
+  const QUiLoader loader;
+  EXPECT_TRUE(isLoaded(plugIn));
 }
 
 class HelpPanelTest : public testing::Test {

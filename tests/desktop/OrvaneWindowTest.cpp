@@ -29,6 +29,15 @@ class OrvaneWindowTest : public MainWindowTest {
   }
 };
 
+TEST_F(OrvaneWindowTest, BothWindowsHaveTheIconInTheSizesThatDesktopsAskFor) {
+  const std::vector<unsigned long> widths = {16, 24, 32, 48, 64, 128, 256};
+  for (const WindowId each : {window, windows.find(kMeterWindow)}) {
+    ASSERT_NE(each, 0U);
+    EXPECT_TRUE(eventually([&] { return windows.iconWidths(each) == widths; }, kPatience))
+        << windows.title(each) << ": " << windows.iconWidths(each).size();
+  }
+}
+
 TEST_F(OrvaneWindowTest, TheDisclosureTriangleShowsAndHidesTheDetailsAtEveryZoom) {
   expectContent(kFullLayout);
   const QPoint corner = frame().topLeft();

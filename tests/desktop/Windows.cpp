@@ -12,7 +12,7 @@ namespace {
 
 // The source of a request to the window manager: a task bar, whose requests it follows.
 constexpr long kFromTaskBar = 2;
-constexpr long kLongestProperty = 4096;
+constexpr long kLongestProperty = 1 << 18;  // of 32 bits: icons are pictures
 
 // A property's data; freed with the object.
 class PropertyReply {
@@ -145,6 +145,15 @@ void Windows::moveResize(WindowId window, const QPoint &frameOrigin,
   request(window, "_NET_MOVERESIZE_WINDOW",
           {StaticGravity | kAllFour | (kFromTaskBar << 12), place.x(), place.y(),
            contentSize.width(), contentSize.height()});
+}
+
+std::vector<unsigned long> Windows::iconWidths(WindowId window) const {
+  const std::vector<unsigned long> icons = property(window, "_NET_WM_ICON");
+  std::vector<unsigned long> widths;
+  // Each is its width, its height and its pixels.
+  for (std::size_t at = 0; at + 1 < icons.size(); at += 2 + icons[at] * icons[at + 1])
+    widths.push_back(icons[at]);
+  return widths;
 }
 
 std::vector<unsigned long> Windows::property(WindowId window, const char *name) const {

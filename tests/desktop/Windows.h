@@ -30,6 +30,8 @@ class Windows {
   bool isMaximized(WindowId window) const;
   // Whether it asks the window manager to keep certain proportions.
   bool hasAspect(WindowId window) const;
+  // Of the pictures, all square, from which a task bar may choose.
+  std::vector<unsigned long> iconWidths(WindowId window) const;
 
   void activate(WindowId window) const;
   // Asks the program to close it, as the button in its frame does.
