@@ -188,6 +188,11 @@ class Rig:
         self.feeder = Feeder(writing)
         return self.feeder.play(sound)
 
+    def keep_awake(self):
+        """Someone listens from now on: sound comes at once, as from a card, where the sink would
+        else sleep for as long as the player lets it."""
+        self.start('parec', '-d', 'mic', '--raw', '--latency-msec=10', stdout=subprocess.DEVNULL)
+
     def _end_player(self):
         if self._player is not None:
             self.feeder.end()

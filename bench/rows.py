@@ -281,11 +281,13 @@ def start(build, quick):
     readings = []
     with Rig() as rig:
         rig.play(tone(196))
+        rig.keep_awake()
 
         def opened(command):
+            since = time.monotonic()
             program, seconds = _open(rig, command)
             if command[0] not in others:
-                readings.append(seconds + _until_reading(rig))
+                readings.append(_first_reading(rig) - since)
             time.sleep(1)
             rig.stop(program)
             return seconds
@@ -301,18 +303,20 @@ def start(build, quick):
             *(missing(name) for name in ('lingot', 'fmit') if name not in others)]
 
 
-def _until_reading(rig):
-    """From now until the note in the main window changes no more; looked at for half a second."""
-    since = changed = time.monotonic()
+def _first_reading(rig):
+    """When the main window first showed the note that it shows from then on."""
     await_true(lambda: rig.screen.window_named('Orvane'), pause=0.001)
     window = rig.screen.window_named('Orvane')
-    before = None
-    while time.monotonic() - changed < 0.5:
+    changes = []
+    until = time.monotonic() + 1.5
+    while time.monotonic() < until:
         seen = rig.screen.pixels(window, *NOTE)
-        if seen != before:
-            before, changed = seen, time.monotonic()
+        if not changes or seen != changes[-1][1]:
+            changes.append((time.monotonic(), seen))
         time.sleep(0.002)
-    return changed - since
+    if len(changes) < 2 or until - changes[-1][0] < 0.5:
+        raise RuntimeError('the window has come to no reading')
+    return changes[-1][0]
 
 
 ROWS = {'detector': detector, 'input': input_procedure, 'analyze': analyze, 'cli': command_line,
