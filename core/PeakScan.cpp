@@ -103,7 +103,7 @@ float largestOfFew(const float *x, std::size_t begin, std::size_t end) {
   constexpr std::uint32_t kKept = ~0U;
   static constexpr std::array<std::uint32_t, 4 *kLanes> kMask = {kKept, kKept, kKept, kKept,
                                                                  kKept, kKept, kKept, kKept};
-  const auto kept = [&](std::size_t lane) {
+  const auto kept = [&](std::size_t lane) noexcept {
     const void *mask = kMask.data() + 2 * kLanes - (end - begin) + lane;
     return _mm_and_ps(_mm_loadu_ps(x + begin + lane),
                       _mm_castsi128_ps(_mm_loadu_si128(static_cast<const __m128i *>(mask))));
@@ -136,7 +136,7 @@ std::size_t lastOf(float value, const float *x, std::size_t end) {
 
 // Bit i is set when sample i of 64 is positive.
 std::uint64_t positiveBits(const float *x) {
-  const auto positive = [](const float *from) {
+  const auto positive = [](const float *from) noexcept {
     return _mm_castps_si128(_mm_cmpgt_ps(_mm_loadu_ps(from), _mm_setzero_ps()));
   };
   std::uint64_t bits = 0;
