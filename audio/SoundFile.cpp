@@ -12,6 +12,7 @@
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "audio/SoundHeader.h"
 
@@ -96,6 +97,7 @@ struct SoundFile::Reader {
   }
 
   bool openDecoder();
+  sf_count_t decode(float *samples, sf_count_t frames);
   void closeDecoder() {
     if (decoder != nullptr)
       sf_close(decoder);
@@ -118,6 +120,7 @@ struct SoundFile::Reader {
   SF_INFO info = {};
   std::int64_t framesRead = 0;
   bool isWoundBack = false;
+  std::vector<short> shorts;  // of the last decoding of 16 bits
 };
 
 sf_count_t SoundFile::Reader::seek(sf_count_t offset, int whence, void *user) {
@@ -169,6 +172,18 @@ bool SoundFile::Reader::openDecoder() {
   info = {};
   decoder = sf_open_virtual(&io, SFM_READ, &info, this);
   return decoder != nullptr;
+}
+
+// Sixteen bits are most recordings, and the decoder is slow in making them floats.
+sf_count_t SoundFile::Reader::decode(float *samples, sf_count_t frames) {
+  if ((info.format & SF_FORMAT_SUBMASK) != SF_FORMAT_PCM_16)
+    return sf_readf_float(decoder, samples, frames);
+  shorts.resize(static_cast<std::size_t>(frames * info.channels));
+  const sf_count_t got = sf_readf_short(decoder, shorts.data(), frames);
+  constexpr float kFullScale = 32768.0F;
+  std::transform(shorts.begin(), shorts.begin() + got * info.channels, samples,
+                 [](short sample) { return static_cast<float>(sample) / kFullScale; });
+  return got;
 }
 
 SoundFile::SoundFile(std::unique_ptr<Reader> reader) : mReader(std::move(reader)) {}
@@ -241,8 +256,7 @@ std::int64_t SoundFile::readFrames(float *samples, std::int64_t count) {
   // A decoder may stop for breath between two of its own blocks.
   std::int64_t done = 0;
   while (done < count) {
-    const sf_count_t got =
-        sf_readf_float(mReader->decoder, samples + done * channels(), count - done);
+    const sf_count_t got = mReader->decode(samples + done * channels(), count - done);
     if (got <= 0)
       break;
     done += got;

@@ -1,5 +1,6 @@
 #include "cli/RecordingAnalysis.h"
 
+#include <algorithm>
 #include <mutex>
 #include <vector>
 
@@ -10,6 +11,8 @@
 
 namespace orvane {
 namespace {
+
+constexpr std::uint32_t kDecodedSamples = 16384;
 
 // The decoder keeps the reason of a failed opening in one place for all threads.
 std::optional<SoundFile> openSound(const std::string &file, std::string &reason) {
@@ -55,28 +58,34 @@ void readAll(SoundFile &sound, std::uint32_t callbackFrames, const Tuning &tunin
   const auto channels = static_cast<std::uint32_t>(sound.channels());
   capture.setSampleRate(rate);
 
-  std::vector<float> samples(std::size_t{callbackFrames} * channels);
+  // Many callbacks' worth are decoded at once: every call of the decoder asks the disk.
+  const std::size_t callbackSamples = std::size_t{callbackFrames} * channels;
+  const std::size_t callbacks = std::max<std::size_t>(1, kDecodedSamples / callbackSamples);
+  std::vector<float> samples(callbacks * callbackSamples);
+  const auto framesAtOnce = static_cast<std::int64_t>(callbacks * callbackFrames);
   AudioBufferList list{};
   list.mNumberBuffers = 1;
-  list.mBuffers[0] = {channels, 0, samples.data()};
   AudioTimeStamp time;
   const IOProcCall call{0, &time, &list, &time, nullptr, nullptr};
 
   const std::int64_t total = sound.frames();
   std::uint64_t frames = 0;
   std::uint64_t blocks = 0;
-  while (const std::int64_t read = sound.readFrames(samples.data(), callbackFrames)) {
-    const auto count = static_cast<std::uint64_t>(read);
-    list.mBuffers[0].mDataByteSize = static_cast<UInt32>(count * channels * sizeof(float));
-    time.mSampleTime = static_cast<double>(1 + frames);
-    capture.inputIOProc(&call);
-    const std::uint64_t blockFrames = capture.mBufferFrames.load(std::memory_order_relaxed);
-    while (const auto reading =
-               tuner.takeReading(static_cast<double>(blockFrames * (blocks + 1)) / rate)) {
-      ++blocks;
-      take(*reading);
+  while (const std::int64_t read = sound.readFrames(samples.data(), framesAtOnce)) {
+    const std::size_t readSamples = static_cast<std::size_t>(read) * channels;
+    for (std::size_t first = 0; first < readSamples; first += callbackSamples) {
+      const std::size_t count = std::min(callbackSamples, readSamples - first);
+      list.mBuffers[0] = {channels, static_cast<UInt32>(count * sizeof(float)), &samples[first]};
+      time.mSampleTime = static_cast<double>(1 + frames);
+      capture.inputIOProc(&call);
+      frames += count / channels;
+      const std::uint64_t blockFrames = capture.mBufferFrames.load(std::memory_order_relaxed);
+      while (const auto reading =
+                 tuner.takeReading(static_cast<double>(blockFrames * (blocks + 1)) / rate)) {
+        ++blocks;
+        take(*reading);
+      }
     }
-    frames += count;
     output.advanceTo(static_cast<std::int64_t>(frames), total);
   }
   if (tuner.queue().lostBlocks() != 0)

@@ -31,28 +31,14 @@ UInt32 countMatchingBuffers(const AudioBufferList &list) {
 
 // A mono source copied into both channels would read 6 dB hot when summed.
 bool isDuplicatedStereo(const float *samples, UInt32 frames) {
-  for (UInt32 f = 0; f < frames; ++f) {
+  for (std::size_t f = 0; f < frames; ++f) {
     if (!(samples[2 * f] == samples[2 * f + 1]))
       return false;
   }
   return true;
 }
 
-template <UInt32 Channels>
-void addChannels(float *sums, const float *samples, UInt32 frames) {
-  for (UInt32 f = 0; f < frames; ++f) {
-    float sum = sums[f];
-    for (UInt32 c = 0; c < Channels; ++c)
-      sum += samples[f * Channels + c];
-    sums[f] = sum;
-  }
-}
-
 void addChannels(float *sums, const float *samples, UInt32 frames, UInt32 channels) {
-  if (channels == 1)
-    return addChannels<1>(sums, samples, frames);
-  if (channels == 2)
-    return addChannels<2>(sums, samples, frames);
   for (UInt32 f = 0; f < frames; ++f, samples += channels) {
     float sum = sums[f];
     for (UInt32 c = 0; c < channels; ++c)
@@ -62,27 +48,38 @@ void addChannels(float *sums, const float *samples, UInt32 frames, UInt32 channe
 }
 
 // Not-a-number fails both comparisons and is kept.
-void clamp(float *samples, UInt32 frames) {
-  for (UInt32 f = 0; f < frames; ++f) {
-    const float x = samples[f];
-    samples[f] = x > 1.0F ? 1.0F : x < -1.0F ? -1.0F : x;
+float clamped(float x) {
+  return x > 1.0F ? 1.0F : x < -1.0F ? -1.0F : x;
+}
+
+// What nearly every callback brings, one buffer of one or two channels, in one pass.
+template <UInt32 Channels>
+void takeSums(float *__restrict mono, const float *__restrict samples, UInt32 frames) {
+  for (std::size_t f = 0; f < frames; ++f) {
+    float sum = 0.0F;
+    for (UInt32 c = 0; c < Channels; ++c)
+      sum += samples[f * Channels + c];
+    mono[f] = clamped(sum);
   }
 }
 
 // Half the sum of two equal channels is the one, to the bit once it is clamped. As a product it
 // would take several times as long where the samples are denormal. Added to zero, as every sum is,
 // for the sake of minus zero.
-void takeOneOfTwo(float *mono, const float *samples, UInt32 frames) {
-  for (UInt32 f = 0; f < frames; ++f)
-    mono[f] = 0.0F + samples[2 * f];
+void takeOneOfTwo(float *__restrict mono, const float *__restrict samples, UInt32 frames) {
+  for (std::size_t f = 0; f < frames; ++f)
+    mono[f] = clamped(0.0F + samples[2 * f]);
 }
 
 // Frames first to first + frames − 1 of the leading buffers, folded into mono.
 void fold(float *mono, const AudioBuffer *buffers, UInt32 count, std::size_t first, UInt32 frames,
           bool halve) {
-  if (halve) {
-    takeOneOfTwo(mono, samplesOf(buffers[0]) + first * 2, frames);
-    return clamp(mono, frames);
+  const UInt32 channels = buffers[0].mNumberChannels;
+  if (count == 1 && channels <= 2 && buffers[0].mData != nullptr) {
+    const float *samples = samplesOf(buffers[0]) + first * channels;
+    if (halve)
+      return takeOneOfTwo(mono, samples, frames);
+    return channels == 1 ? takeSums<1>(mono, samples, frames) : takeSums<2>(mono, samples, frames);
   }
   std::fill_n(mono, frames, 0.0F);
   for (UInt32 k = 0; k < count; ++k) {
@@ -92,7 +89,7 @@ void fold(float *mono, const AudioBuffer *buffers, UInt32 count, std::size_t fir
     addChannels(mono, samplesOf(buffer) + first * buffer.mNumberChannels, frames,
                 buffer.mNumberChannels);
   }
-  clamp(mono, frames);
+  std::transform(mono, mono + frames, mono, clamped);
 }
 
 }  // namespace
