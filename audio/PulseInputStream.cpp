@@ -15,11 +15,14 @@ namespace {
 // Low: enough to be ahead of ordinary work, below the sound server.
 constexpr int kInputPriority = 5;
 
-// A fragment of 20 ms: every one wakes the machine, and a block takes three of them anyway. And the
-// server drops what a stalled reader has not fetched after 240 ms, so that the reader is not late
-// afterwards.
+// A fragment of 20 ms: every one wakes the machine, and a block takes three of them anyway. The
+// server keeps 240 ms for a reader that has stalled, and what is on its way besides, lest the
+// reader is long late afterwards.
 constexpr std::uint32_t kFragmentsPerSecond = 50;
 constexpr std::uint32_t kFragmentsAtMost = 12;
+// The server drops whole what is longer than it may keep, and a pipe comes in pieces of 4096 bytes:
+// as many frames at most, of 4 bytes each.
+constexpr std::uint32_t kLargestPiece = 4096 * 4;
 
 void askForRealTimePriority() {
   sched_param parameters{};
@@ -99,7 +102,7 @@ void PulseInputStream::openStream() {
   pa_buffer_attr attributes{};
   attributes.fragsize =
       static_cast<std::uint32_t>(framesPerFragment(mSpec.sampleSpec) * mFrameBytes);
-  attributes.maxlength = attributes.fragsize * kFragmentsAtMost;
+  attributes.maxlength = std::max(attributes.fragsize * kFragmentsAtMost, kLargestPiece);
   attributes.tlength = attributes.prebuf = attributes.minreq = kServersChoice;
   // Without the first flag the server moves the stream to some other source when its own goes.
   const auto flags = static_cast<pa_stream_flags_t>(PA_STREAM_DONT_MOVE | PA_STREAM_ADJUST_LATENCY);

@@ -86,6 +86,9 @@ QImage Picture::raster(const QRectF &target, const QSize &size) const {
   QPainter painter(&image);
   mRenderer->render(&painter, target);
   painter.end();
+  // What a window no longer shows, lest a drag leaves megabytes behind.
+  std::erase_if(mRasters,
+                [&](const Raster &raster) { return raster.target.size() != target.size(); });
   if (mRasters.size() == kRasters)
     mRasters.erase(mRasters.begin());
   mRasters.push_back({target, image});

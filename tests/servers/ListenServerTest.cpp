@@ -146,6 +146,23 @@ TEST_P(ListenServerTest, ANoteThatIsPlayedInIsNamed) {
   EXPECT_EQ(listener.interrupt(), 0);
 }
 
+TEST_P(ListenServerTest, ASlowSourceThatGivesAQuarterOfASecondAtOnceIsHeard) {
+  constexpr int kSlowRate = 4000;
+  ASSERT_NE(mServer.loadSource("Slow", kSlowRate, 1, "device.description=Slow"), "");
+  const PipeFeeder slow(
+      mServer.pipeOf("Slow"),
+      [](std::uint64_t n) {
+        return static_cast<float>(
+            0.5 * std::sin(2.0 * std::numbers::pi * 110.0 * static_cast<double>(n) / kSlowRate));
+      },
+      kSlowRate, 1, std::chrono::milliseconds(256));
+  ASSERT_TRUE(eventually([&] { return !titleEndingIn("Slow").empty(); }));
+  Listener listener(titleEndingIn("Slow"));
+  ASSERT_TRUE(listener.hearsFrom(0));
+  EXPECT_EQ(otherNotes(listener, "A2"), std::set<std::string>());
+  EXPECT_EQ(listener.interrupt(), 0);
+}
+
 TEST_P(ListenServerTest, AMonitorIsNeverAmongTheDevices) {
   for (const std::string &title : titles())
     EXPECT_EQ(title.find("onitor"), std::string::npos) << title;

@@ -11,8 +11,12 @@
 namespace orvane::test {
 
 PipeFeeder::PipeFeeder(std::string pipe, std::function<float(std::uint64_t)> signal, int rate,
-                       int channels)
-    : mPipe(std::move(pipe)), mSignal(std::move(signal)), mRate(rate), mChannels(channels) {
+                       int channels, std::chrono::milliseconds tick)
+    : mPipe(std::move(pipe)),
+      mSignal(std::move(signal)),
+      mRate(rate),
+      mChannels(channels),
+      mTick(tick) {
   ::signal(SIGPIPE, SIG_IGN);
   mThread = std::thread([this] { run(); });
 }
@@ -24,14 +28,13 @@ PipeFeeder::~PipeFeeder() {
 
 void PipeFeeder::run() {
   using Clock = std::chrono::steady_clock;
-  constexpr std::chrono::milliseconds kTick{10};
-  const int framesPerTick = mRate / 100;
+  const auto framesPerTick = static_cast<int>(mRate * mTick.count() / 1000);
   std::vector<float> block;
   int pipe = -1;
   auto next = Clock::now();
   std::uint64_t sample = 0;
   while (!mQuit) {
-    next += kTick;
+    next += mTick;
     std::this_thread::sleep_until(next);
     if (pipe < 0)
       pipe = open(mPipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);

@@ -1,5 +1,9 @@
 #include "views/Picture.h"
 
+#include <unistd.h>
+
+#include <cstdint>
+#include <fstream>
 #include <limits>
 
 #include <QColor>
@@ -158,6 +162,35 @@ TEST(Picture, IsDrawnTheSameAgainAndAgainAtAnyOrderOfSizes) {
     EXPECT_EQ(row(image, 0),
               letters(size / 2, 'R') + letters(size / 2, 'B') + letters(50 - size, 'W'));
   }
+}
+
+// In bytes; what has been mapped for pictures is given back with them.
+std::int64_t residentMemory() {
+  std::ifstream statm("/proc/self/statm");
+  std::int64_t whole = 0;
+  std::int64_t resident = 0;
+  statm >> whole >> resident;
+  return resident * sysconf(_SC_PAGESIZE);
+}
+
+TEST(Picture, KeepsNothingOfSizesThatItIsNoLongerDrawnIn) {
+  const PictureFolder folder;
+  folder.writeDrawing("halves", 24, 24, kLeftRedRightBlue);
+  const auto picture = Picture::imageNamed("halves");
+  const auto drawAt = [&](int size) {
+    QImage image = white(1, 1);
+    QPainter painter(&image);
+    picture->drawInRect(painter, QRectF(0.0, 0.0, size, size));
+  };
+  drawAt(24);
+  const std::int64_t before = residentMemory();
+  for (int size = 2000; size < 2008; ++size)
+    drawAt(size);  // 16 MB each
+  const std::int64_t during = residentMemory();
+  drawAt(24);
+  EXPECT_GT(during - before, 10'000'000);
+  EXPECT_LT(during - before, 40'000'000);
+  EXPECT_LT(residentMemory() - before, 10'000'000);
 }
 
 TEST(Picture, DrawsNothingWhereThereIsNoPlace) {
