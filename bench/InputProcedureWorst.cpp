@@ -76,7 +76,9 @@ void callOften(CaptureBuffer &capture, std::atomic<bool> &isDone) {
   const bool isRealTime = askForRealTimePriority();
   std::vector<float> samples(kFrames * kChannels);
   for (std::size_t i = 0; i < samples.size(); ++i)
-    samples[i] = static_cast<float>(i % 101) / 101.0F - 0.5F;
+    samples[i] = static_cast<float>(i / kChannels % 101) / 101.0F - 0.5F;
+  // As from one microphone, until the last frame: nothing takes longer.
+  samples.back() += 0.25F;
   AudioBufferList list{};
   list.mNumberBuffers = 1;
   list.mBuffers[0] = {kChannels, static_cast<UInt32>(samples.size() * sizeof(float)),

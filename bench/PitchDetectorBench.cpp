@@ -1,5 +1,5 @@
 // detectPitch in nanoseconds a sample, beside a plain scan of the same block for its largest
-// magnitude: the least that any look at every sample costs.
+// magnitude: what a loop that looks at every sample in its turn costs.
 #include <cmath>
 #include <numbers>
 #include <random>
@@ -16,7 +16,7 @@ namespace {
 enum class Signal { Pure, Rich, Noisy, Noise };
 
 UInt32 blockFrames(double rate) {
-  return static_cast<UInt32>(std::lround(rate * 1.5 / 27.5));
+  return static_cast<UInt32>(rate / 27.5 * 1.5);
 }
 
 std::vector<float> render(Signal signal, double hertz, double rate) {

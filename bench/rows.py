@@ -16,7 +16,9 @@ from dataclasses import dataclass
 from rig import RATE, Rig, Use, await_true, tone
 
 BLOCK = 1.5 / 27.5  # seconds of sound
+CALLBACKS = 50  # a second: the sound server is asked for 20 ms at once
 RUNS = 5
+MOST_SCANS = {'pure': 1.0, 'rich': 1.0, 'noisy': 1.0, 'noise': 1.5}
 NOTE = (150, 40, 150, 110)  # in the main window: left, top, width, height
 
 
@@ -95,7 +97,8 @@ def detector(build, quick):
             ratios.setdefault(case.partition('/')[0], []).append((ratio, case))
     return [Result(f'detectPitch against a plain scan of the same block, {signal}',
                    f'{min(found)[0]:.2f} to {max(found)[0]:.2f} times its time '
-                   f'({len(found)} pitches and rates)')
+                   f'({len(found)} pitches and rates)', f'at most {MOST_SCANS[signal]} times',
+                   max(found)[0] <= MOST_SCANS[signal])
             for signal, found in ratios.items()]
 
 
@@ -119,19 +122,21 @@ def analyze(build, quick):
         write_recording(recording, 60 if quick else 600)
         mine = [build / 'bin/orvane-cli', 'analyze', '--json', recording]
         if shutil.which('aubiopitch'):
+            # A reading every 2048 frames, about as often as here, where it is every 2618.
             def theirs(method):
-                return ['aubiopitch', '-r', '0', '-p', method, '-i', recording]
+                return ['aubiopitch', '-r', '0', '-p', method, '-B', '2048', '-H', '2048',
+                        '-i', recording]
             methods = ('default', 'yinfft', 'yinfast', 'yin', 'mcomb', 'fcomb', 'schmitt')
             fastest = min(methods, key=lambda method: run_for_seconds(theirs(method))[0])
             taken = in_turn({'mine': mine, 'theirs': theirs(fastest)}, RUNS,
                             lambda command: run_for_seconds(command)[0])
             rows.append(compared(
                 f'analyze, a file of {1 if quick else 10} minutes, whole process', 's',
-                median(taken['mine']), {f'aubiopitch {fastest}': median(taken['theirs'])}, 1 / 4,
+                median(taken['mine']), {f'aubiopitch -p {fastest} -B 2048 -H 2048': median(taken['theirs'])}, 1 / 4,
                 'at least 4 times faster'))
         else:
             rows.append(missing('aubiopitch'))
-        lengths = (60, 600) if quick else (60, 600, 3600, 36000)
+        lengths = (60, 120, 240) if quick else (60, 600, 3600, 36000)
         measured = {}
         for seconds in lengths:
             write_recording(recording, seconds)
@@ -142,7 +147,8 @@ def analyze(build, quick):
     lengths = ', '.join(f'{seconds // 60} min' for seconds in measured)
     rows.append(Result(f'analyze, {lengths}: time a minute of sound',
                        ', '.join(f'{ms:.2f} ms' for ms in per_minute), 'not growing',
-                       max(per_minute[1:]) <= 1.1 * per_minute[0]))
+                       # The first is half start-up.
+                       max(per_minute[2:]) <= 1.1 * per_minute[1]))
     rows.append(Result(f'analyze, {lengths}: most memory',
                        ', '.join(f'{peak:.2f} MiB' for peak in memory), 'equal within 1 MiB',
                        max(memory) - min(memory) <= 1))
@@ -240,8 +246,7 @@ def live(build, quick):
     theirs = {name: middle(taken, 'cpu') for name, taken in loud.items() if name != 'orvane'}
     rows = [compared('live windows, a steady tone, details and needle meter', '% of a core', mine,
                      theirs, 1 / 5, 'at most 2 % and a fifth of lingot')]
-    if rows[0].is_met:
-        rows[0].is_met = mine <= 2
+    rows[0].is_met = mine <= 2 and rows[0].is_met is not False
     rows.append(compared(
         'the same, resident memory', 'MiB', middle(loud['orvane'], 'memory'),
         {name: middle(taken, 'memory') for name, taken in loud.items() if name != 'orvane'}, 1,
@@ -255,8 +260,8 @@ def live(build, quick):
     whole = median([sum(use['wakes'].values()) for use in silent])
     rows.append(Result('the same, wake-ups a second',
                        f'{whole:.1f}, of them {whole - others:.1f} by callbacks',
-                       f'at most the callbacks, {1 / BLOCK:.1f} blocks and 2',
-                       others <= 1 / BLOCK + 2))
+                       f'at most {CALLBACKS} callbacks, {1 / BLOCK:.1f} blocks and 2',
+                       others <= 1 / BLOCK + 2 and whole - others <= 1.02 * CALLBACKS))
     return rows + hidden
 
 
@@ -280,14 +285,21 @@ def start(build, quick):
     others = [name for name in ('lingot', 'fmit') if shutil.which(name)]
     readings = []
     with Rig() as rig:
-        rig.play(tone(196))
         rig.keep_awake()
+        program, _ = _open(rig, [build / 'bin/orvane'])
+        silence = _shown(rig)[-1][1]
+        rig.stop(program)
+        rig.play(tone(196))
+        time.sleep(1)
 
         def opened(command):
             since = time.monotonic()
             program, seconds = _open(rig, command)
             if command[0] not in others:
-                readings.append(_first_reading(rig) - since)
+                at, note = _shown(rig)[-1]
+                if note == silence:
+                    raise RuntimeError('the window has come to no reading')
+                readings.append(at - since)
             time.sleep(1)
             rig.stop(program)
             return seconds
@@ -303,20 +315,21 @@ def start(build, quick):
             *(missing(name) for name in ('lingot', 'fmit') if name not in others)]
 
 
-def _first_reading(rig):
-    """When the main window first showed the note that it shows from then on."""
+def _shown(rig):
+    """What the note's place in the main window showed, each with the time from which on it did; the
+    last it has shown for half a second."""
     await_true(lambda: rig.screen.window_named('Orvane'), pause=0.001)
     window = rig.screen.window_named('Orvane')
-    changes = []
+    shown = []
     until = time.monotonic() + 1.5
     while time.monotonic() < until:
         seen = rig.screen.pixels(window, *NOTE)
-        if not changes or seen != changes[-1][1]:
-            changes.append((time.monotonic(), seen))
+        if not shown or seen != shown[-1][1]:
+            shown.append((time.monotonic(), seen))
         time.sleep(0.002)
-    if len(changes) < 2 or until - changes[-1][0] < 0.5:
-        raise RuntimeError('the window has come to no reading')
-    return changes[-1][0]
+    if until - shown[-1][0] < 0.5:
+        raise RuntimeError('what the window shows does not settle')
+    return shown
 
 
 ROWS = {'detector': detector, 'input': input_procedure, 'analyze': analyze, 'cli': command_line,
