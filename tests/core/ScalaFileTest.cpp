@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -207,9 +208,19 @@ TEST(ScalaFile, AFileThatEndsEarlyIsToldWithItsLastLine) {
 TEST(ScalaFile, TheLastPitchIsTheOctave) {
   for (const char *octave : {"2", "4/2", "1200.0", "1200. cents", "1199.999", "1200.001"})
     EXPECT_EQ(parsed(file(kJust, "", octave)).listValues(), kJustValues) << octave;
-  for (const std::string octave : {"3/1", "1199.9989", "1200.0011", "1/2", "1200", "531441/262144"})
+  for (const std::string octave :
+       {"3/1", "1199.9989", "1200.0011", "1200.0010001", "1/2", "1200", "531441/262144"})
     EXPECT_EQ(reasonFor(file(kJust, "", octave)),
               "line 14: the last pitch, '" + octave + "', is not the octave 2/1");
+}
+
+TEST(ScalaFile, NothingBehindTheLastByteIsRead) {
+  const std::string whole = file(kJust, "", "2/1,");
+  for (const std::ptrdiff_t cut : {1, 2}) {
+    // A buffer without an end of its own, which the address sanitizer watches.
+    const std::vector<char> bytes(whole.begin(), whole.end() - cut);
+    EXPECT_EQ(parsed(std::string_view(bytes.data(), bytes.size())).listValues(), kJustValues);
+  }
 }
 
 TEST(ScalaFile, PitchesNeedNotAscendNorStayWithinTheOctave) {
