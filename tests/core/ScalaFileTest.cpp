@@ -131,6 +131,8 @@ TEST(ScalaFile, LinesThatAreNoPitchAreRefused) {
     EXPECT_EQ(pitchReason(row.line), row.reason);
   EXPECT_NEAR(pitch("-151200.0").ratio, 0x1p-126, 0x1p-140);
   EXPECT_EQ(pitchReason(std::string(400, '9')).substr(0, 14), "line 3: '99999");
+  EXPECT_EQ(pitchReason("1" + std::string(400, '0') + ".0"),
+            "line 3: '1" + std::string(39, '0') + "...' is out of range");
   EXPECT_EQ(pitch("0." + std::string(400, '0') + "1").cents, 0.0);
 }
 
