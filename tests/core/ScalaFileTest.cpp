@@ -129,6 +129,10 @@ TEST(ScalaFile, LinesThatAreNoPitchAreRefused) {
   };
   for (const auto &row : rows)
     EXPECT_EQ(pitchReason(row.line), row.reason);
+  // The largest number of single precision, and what comes after it in double precision.
+  EXPECT_EQ(pitch("340282346638528859811704183484516925440/1").ratio, 0x1.fffffep127);
+  EXPECT_EQ(pitchReason("340282346638528897590636046441678635008/1"),
+            "line 3: '340282346638528897590636046441678635008/...' is out of range");
   EXPECT_NEAR(pitch("-151200.0").ratio, 0x1p-126, 0x1p-140);
   EXPECT_EQ(pitchReason(std::string(400, '9')).substr(0, 14), "line 3: '99999");
   EXPECT_EQ(pitchReason("1" + std::string(400, '0') + ".0"),
@@ -167,6 +171,8 @@ TEST(ScalaFile, TheDescriptionMayBeEmptyAndIsPlainUtf8) {
                 .description,
             "a b");
   EXPECT_EQ(parsed(file(kJust, "\xe9\x9b\xe9")).description, "\u00e9 \u00e9");
+  // U+009F is the last of them, U+00A0 a space that is kept.
+  EXPECT_EQ(parsed(file(kJust, "x\xc2\x9f\xc2\xa0x")).description, "x \u00a0x");
 }
 
 TEST(ScalaFile, EveryLineEndIsTaken) {
@@ -193,6 +199,9 @@ TEST(ScalaFile, TheNumberOfNotesIsTwelve) {
   EXPECT_EQ(reasonFor("a\n 7\n9/8\n"), "line 2: 7 notes, but a temperament has 12");
   EXPECT_EQ(reasonFor("a\n0\n"), "line 2: 0 notes, but a temperament has 12");
   EXPECT_EQ(reasonFor("a\n4294967308\n"), "line 2: 4294967308 notes, but a temperament has 12");
+  const std::string forty = "1234567890123456789012345678901234567890";
+  EXPECT_EQ(reasonFor("a\n" + forty + "12\n"),
+            "line 2: " + forty + " notes, but a temperament has 12");
   for (const std::string count : {"", "twelve", "-12", "12.5", "12/1"})
     EXPECT_EQ(reasonFor("a\n" + count + "\n" + kJust + "\n2/1"),
               "line 2: '" + count + "' is no number of notes");
