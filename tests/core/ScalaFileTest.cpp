@@ -70,6 +70,14 @@ TEST(ScalaFile, WithCentsGivesCentsFromEqualTemperament) {
                     "-3.42157", "-27.372572", "-10.26471", "6.84314", "-17.10786"}));
 }
 
+TEST(ScalaFile, OneCentsValueAmongRatiosMakesAListOfCents) {
+  const std::string ratios = std::string(kJust).substr(0, std::string(kJust).rfind('\n'));
+  const Values values = parsed(file(ratios + "\n1088.0")).listValues();
+  EXPECT_EQ(values[0], "0");
+  EXPECT_EQ(values[7], "1.955001");
+  EXPECT_EQ(values[11], "-12");
+}
+
 TEST(ScalaFile, PitchesAreCentsWithAPeriodAndElseRatios) {
   for (const char *line : {"81/64", " 81/64", "\t81/64 ", "81 / 64", "81/\t64", "162/128",
                            "81/64 E", "81/64   E\\", "81/64! a third", "81/64, a third", "81/64."})
