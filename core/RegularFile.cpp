@@ -21,7 +21,6 @@ std::optional<std::string> readRegularFile(const std::filesystem::path &file, st
     return std::nullopt;
   }
 
-  errno = 0;
   const std::unique_ptr<std::FILE, int (*)(std::FILE *)> stream(
       std::fopen(file.string().c_str(), "rb"), &std::fclose);
   if (!stream) {
