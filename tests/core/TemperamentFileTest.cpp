@@ -171,6 +171,11 @@ TEST_F(TemperamentFile, InUtf8IsNamedAsSuch) {
     ASSERT_EQ(loaded.log.size(), 1U);
     EXPECT_TRUE(loaded.log[0].ends_with(" (the file must be UTF-16, not UTF-8)")) << loaded.log[0];
   }
+  Loaded odd;
+  const auto path = write("{a = (0); }");
+  odd.load(path);
+  expectBuiltIn(odd, path.string() + ": odd number of bytes (11), so no UTF-16" +
+                         " (the file must be UTF-16, not UTF-8)");
 }
 
 TEST_F(TemperamentFile, ThatIsBrokenIsNamedWithLineAndColumn) {
