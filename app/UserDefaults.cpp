@@ -235,6 +235,21 @@ void UserDefaults::moveAside(const std::string &reason) {
                        : "; moved to " + aside.filename().string()));
 }
 
+void UserDefaults::keepDamaged(const std::filesystem::path &target,
+                               const std::filesystem::path &work) {
+  std::filesystem::path aside = target;
+  aside += ".damaged";
+  const std::filesystem::path copy = work / aside.filename();
+  std::error_code error;
+  std::filesystem::copy_file(target, copy, error);
+  if (!error && !flushToDisk(copy))
+    error = std::make_error_code(std::errc::io_error);
+  if (!error)
+    std::filesystem::rename(copy, aside, error);
+  if (error)
+    tell("cannot be kept as " + aside.filename().string() + ": " + error.message());
+}
+
 bool UserDefaults::load() {
   const Inspection inspection = inspect(mFile);
   if (inspection.mayPass) {
@@ -254,8 +269,11 @@ bool UserDefaults::load() {
     return false;
   }
   mStored = valuesOf(settings);
-  if (settings.status() != QSettings::NoError)
+  if (settings.status() != QSettings::NoError) {
     tell("is damaged; what can be read is used");
+    std::error_code error;
+    mDamagedTime = std::filesystem::last_write_time(mFile, error);
+  }
   return true;
 }
 
@@ -355,6 +373,9 @@ std::string UserDefaults::save() {
   if (!flushToDisk(file))
     return "the disk does not take it";
   std::error_code error;
+  // QSettings tells of damage only when it reads a changed file.
+  if (mDamagedTime && std::filesystem::last_write_time(target, error) == mDamagedTime)
+    keepDamaged(target, folder.path());
   std::filesystem::rename(file, target, error);
   if (error)
     return error.message();

@@ -6,8 +6,9 @@
 // Errors never reach the caller: a setting that cannot be read counts as absent, and what goes
 // wrong is told to the log, in one line and once. What lies in the file's place but is no file, too
 // large or not to be read is moved aside, with ".damaged" appended to its name; but for want of
-// memory or descriptors, or when the disk fails, it stays as it is and is not written. What cannot
-// be written stays set for this run.
+// memory or descriptors, or when the disk fails, it stays as it is and is not written. Of a damaged
+// file, what can be read is used, and a copy of that name is kept when it is first written over.
+// What cannot be written stays set for this run.
 //
 // Keys are made of ASCII letters, digits, ".", "_" and "-". Texts are UTF-8; of one that another
 // hand has written, unquoted and with commas, the blanks around the commas are not kept: it is read
@@ -74,6 +75,8 @@ class UserDefaults {
   // Why the file could not be replaced; empty when it was.
   std::string save();
   void moveAside(const std::string &reason);
+  // Copies what is about to be replaced. work: a folder on the same disk.
+  void keepDamaged(const std::filesystem::path &target, const std::filesystem::path &work);
   void tell(const std::string &what);
 
   Log mLog;
@@ -81,7 +84,8 @@ class UserDefaults {
   std::set<std::string> mTold;
   std::map<std::string, std::string> mRegistered;
   QVariantMap mStored;  // as the file has them, by their whole keys
-  std::map<std::string, std::optional<std::string>> mChanges;  // not yet in the file
+  std::optional<std::filesystem::file_time_type> mDamagedTime;  // of a file that was damaged
+  std::map<std::string, std::optional<std::string>> mChanges;   // not yet in the file
 };
 
 }  // namespace orvane

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -77,11 +78,37 @@ void finish() {
     std::exchange(running, nullptr)->applicationWillTerminate();
 }
 
-// The toolkit would end the program with a core dump, where a display cannot be opened for one.
+// What the toolkit says until the application object exists. Any thread, with the mutex.
+struct EarlyWords {
+  std::mutex mutex;
+  bool areHeld = true;
+  std::vector<std::string> lines;
+  std::string firstWarning;
+};
+EarlyWords early;
+
+void sayEarlyWords() {
+  const std::lock_guard lock(early.mutex);
+  early.areHeld = false;
+  for (const std::string &line : std::exchange(early.lines, {}))
+    DesktopSystem().log(line);
+}
+
+// The toolkit would end the program with a core dump, where a display cannot be opened for one. Of
+// that, its first warning is the reason, and the rest what came of it.
 void log(QtMsgType type, const QMessageLogContext & /*context*/, const QString &message) {
-  DesktopSystem().log(message.section(QLatin1Char('\n'), 0, 0).toStdString());
-  if (type == QtFatalMsg)
+  const std::string line = message.section(QLatin1Char('\n'), 0, 0).toStdString();
+  const std::lock_guard lock(early.mutex);
+  if (type == QtFatalMsg) {
+    const std::string &reason = early.firstWarning.empty() ? line : early.firstWarning;
+    DesktopSystem().log(early.areHeld ? "display: " + reason : line);
     std::_Exit(kExitFailed);
+  }
+  if (!early.areHeld)
+    return DesktopSystem().log(line);
+  early.lines.push_back(line);
+  if (early.firstWarning.empty() && (type == QtWarningMsg || type == QtCriticalMsg))
+    early.firstWarning = line;
 }
 
 // In the sizes that desktops ask for; empty when the picture cannot be read.
@@ -108,6 +135,7 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
   // By this the desktop finds the icon, where windows bring none along.
   QGuiApplication::setDesktopFileName(QStringLiteral("org.velmora.Orvane"));
   QApplication application(argc, argv);
+  sayEarlyWords();
   QApplication::setStyle(QStringLiteral("Fusion"));
   const DesktopColours colours;
   // The controller decides when the last window was closed.
@@ -168,6 +196,7 @@ int main(int argc, char **argv) {
     return orvane::kExitUsage;
   }
   qInstallMessageHandler(orvane::log);
+  std::atexit(orvane::sayEarlyWords);  // should the toolkit end the program in its own way
   if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
       qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
     system.log(

@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "audio/DecoderWords.h"
 #include "audio/SoundHeader.h"
 
 namespace orvane {
@@ -66,11 +67,13 @@ std::string decoderReason() {
 
 // What the decoder noted about a sound that is shorter than its header says, or broken, in the
 // formats whose headers are not read here.
-std::string troubleInLog(std::string_view log) {
+std::string troubleInLog(std::string_view log, int descriptor, std::uint64_t fileBytes) {
   if (contains(log, "Skipped ") || contains(log, "reports a hole"))
     return "is damaged: parts of it cannot be decoded";
-  const bool isShort = contains(log, "without an End-Of-Stream flag") ||
-                       contains(log, "does not match value from 'ds64' chunk") ||
+  // It says so of whole files as well, where a page or two hold all of the sound.
+  const bool lacksEnd =
+      contains(log, "without an End-Of-Stream flag") && !hasEndOfOggStream(descriptor, fileBytes);
+  const bool isShort = lacksEnd || contains(log, "does not match value from 'ds64' chunk") ||
                        contains(log, "Seems to be a truncated file");
   if (isShort)
     return "ends early: it is shorter than its header says";
@@ -97,8 +100,12 @@ struct SoundFile::Reader {
   }
 
   bool openDecoder();
+  bool windDecoderBack();
+  bool isMpeg() const { return (info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_MPEG; }
+  bool isUndecodable();
   sf_count_t decode(float *samples, sf_count_t frames);
   void closeDecoder() {
+    const DecoderWords::Listening listening(words);
     if (decoder != nullptr)
       sf_close(decoder);
     decoder = nullptr;
@@ -118,6 +125,7 @@ struct SoundFile::Reader {
   SoundHeader header;
   SNDFILE *decoder = nullptr;
   SF_INFO info = {};
+  DecoderWords words;
   std::int64_t framesRead = 0;
   bool isWoundBack = false;
   std::vector<short> shorts;  // of the last decoding of 16 bits
@@ -170,14 +178,52 @@ bool SoundFile::Reader::openDecoder() {
   framesRead = 0;
   isWoundBack = false;
   info = {};
+  words = {};
+  const DecoderWords::Listening listening(words);
   decoder = sf_open_virtual(&io, SFM_READ, &info, this);
   return decoder != nullptr;
 }
 
+bool SoundFile::Reader::windDecoderBack() {
+  const DecoderWords::Listening listening(words);
+  if (decoder == nullptr || sf_error(decoder) != SF_ERR_NO_ERROR ||
+      sf_seek(decoder, 0, SEEK_SET) != 0)
+    return false;
+  words = {};
+  framesRead = 0;
+  isWoundBack = true;
+  return true;
+}
+
+// Whether a freshly opened MPEG stream holds frames, but not two in a row that can be decoded. The
+// decoder gives silence or noise for broken ones, and live input would never come to their end.
+bool SoundFile::Reader::isUndecodable() {
+  constexpr sf_count_t kShortestFrame = 384;
+  constexpr sf_count_t kLongestFrame = 1152;
+  // The first frames may lean on some before them, and are then left out without a word.
+  constexpr sf_count_t kLeaningFrames = 10;
+  std::vector<float> samples(static_cast<std::size_t>(kShortestFrame * info.channels));
+  sf_count_t enough = (kLeaningFrames + 2) * kLongestFrame;
+  for (sf_count_t sinceBroken = 0; sinceBroken < enough;) {
+    words = {};
+    const sf_count_t frames = decode(samples.data(), kShortestFrame);
+    sinceBroken += std::max<sf_count_t>(frames, 0);
+    if (words.haveBrokenFrames()) {
+      sinceBroken = 0;
+      enough = 2 * kLongestFrame;
+    }
+    if (frames <= 0)
+      return enough == 2 * kLongestFrame;
+  }
+  return false;
+}
+
 // Sixteen bits are most recordings, and the decoder is slow in making them floats.
 sf_count_t SoundFile::Reader::decode(float *samples, sf_count_t frames) {
-  if ((info.format & SF_FORMAT_SUBMASK) != SF_FORMAT_PCM_16)
+  if ((info.format & SF_FORMAT_SUBMASK) != SF_FORMAT_PCM_16) {
+    const DecoderWords::Listening listening(words);
     return sf_readf_float(decoder, samples, frames);
+  }
   shorts.resize(static_cast<std::size_t>(frames * info.channels));
   const sf_count_t got = sf_readf_short(decoder, shorts.data(), frames);
   constexpr float kFullScale = 32768.0F;
@@ -234,6 +280,17 @@ std::optional<SoundFile> SoundFile::open(const std::filesystem::path &path, std:
   reason = limitsReason(reader->info.channels, reader->info.samplerate);
   if (!reason.empty())
     return std::nullopt;
+  if (reader->isMpeg()) {
+    if (reader->isUndecodable()) {
+      reason = "is damaged: none of it can be decoded";
+      return std::nullopt;
+    }
+    reader->closeDecoder();
+    if (!reader->openDecoder()) {
+      reason = "cannot be read again";
+      return std::nullopt;
+    }
+  }
   return SoundFile(std::move(reader));
 }
 
@@ -268,12 +325,8 @@ std::int64_t SoundFile::readFrames(float *samples, std::int64_t count) {
 bool SoundFile::rewind() {
   Reader &reader = *mReader;
   reader.readError = 0;
-  if (reader.decoder != nullptr && sf_error(reader.decoder) == SF_ERR_NO_ERROR &&
-      sf_seek(reader.decoder, 0, SEEK_SET) == 0) {
-    reader.framesRead = 0;
-    reader.isWoundBack = true;
+  if (reader.windDecoderBack())
     return true;
-  }
   // Some formats cannot be wound back and broken ones may refuse; both can be opened anew.
   const SF_INFO before = reader.info;
   reader.closeDecoder();
@@ -294,22 +347,27 @@ std::string SoundFile::trouble() const {
   if (length && length->present < length->promised)
     return "ends early: " + std::to_string(length->present) + " of " +
            std::to_string(length->promised) + " bytes of sound are there";
+  if (reader.words.haveBrokenFrames())
+    return "is damaged: parts of it cannot be decoded";
+  // Behind the sound there may be notes that it does not know.
+  if (reader.words.haveLostFrames() && reader.fileBytes - reader.position > reader.fileBytes / 10)
+    return "is damaged: it cannot be decoded after frame " + std::to_string(reader.framesRead);
   // The length of an MPEG stream is an estimate.
-  const bool isExact = (reader.info.format & SF_FORMAT_TYPEMASK) != SF_FORMAT_MPEG;
-  if (isExact && reader.framesRead < frames())
+  if (!reader.isMpeg() && reader.framesRead < frames())
     return "ends early: " + std::to_string(reader.framesRead) + " of " + std::to_string(frames()) +
            " frames can be read";
 
-  if (reader.framesRead == 0)
-    return "holds no sound";
-
   // Winding back leaves notes of its own.
-  if (reader.isWoundBack)
-    return {};
-  std::array<char, 16384> log{};
-  sf_command(reader.decoder, SFC_GET_LOG_INFO, log.data(), static_cast<int>(log.size()));
-  log.back() = '\0';
-  return troubleInLog(log.data());
+  if (!reader.isWoundBack) {
+    std::array<char, 16384> log{};
+    sf_command(reader.decoder, SFC_GET_LOG_INFO, log.data(), static_cast<int>(log.size()));
+    log.back() = '\0';
+    std::string noted =
+        troubleInLog(log.data(), reader.descriptor, static_cast<std::uint64_t>(reader.fileBytes));
+    if (!noted.empty())
+      return noted;
+  }
+  return reader.framesRead == 0 ? "holds no sound" : "";
 }
 
 }  // namespace orvane

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <string>
 
 namespace orvane {
 
@@ -16,6 +17,9 @@ constexpr std::uint64_t kWaveHeader = 12;
 // A file of nothing but chunks of no length must not keep the scan busy.
 constexpr int kMostChunks = 1000;
 constexpr int kMostTags = 16;
+// Of an Ogg page.
+constexpr std::size_t kPageHeader = 27;
+constexpr std::size_t kLongestPage = kPageHeader + 255 + 255 * 255;
 
 class HeaderReader {
  public:
@@ -127,6 +131,27 @@ SoundHeader readSoundHeader(int descriptor, std::uint64_t fileBytes) {
   SoundHeader header;
   header.isSampleDump = isSampleDump(littleEndian);
   return header;
+}
+
+bool hasEndOfOggStream(int descriptor, std::uint64_t fileBytes) {
+  std::string tail(std::min<std::uint64_t>(fileBytes, kLongestPage), '\0');
+  const ssize_t got =
+      pread(descriptor, tail.data(), tail.size(), static_cast<off_t>(fileBytes - tail.size()));
+  tail.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+  const std::size_t start = tail.rfind(std::string("OggS\0", 5));
+  if (start == std::string::npos || tail.size() - start < kPageHeader)
+    return false;
+  const auto byte = [&](std::size_t offset) {
+    return static_cast<unsigned char>(tail[start + offset]);
+  };
+  const std::size_t segments = byte(26);
+  std::size_t length = kPageHeader + segments;
+  if (tail.size() - start < length)
+    return false;
+  for (std::size_t i = 0; i < segments; ++i)
+    length += byte(kPageHeader + i);
+  constexpr int kEndOfStream = 4;
+  return (byte(5) & kEndOfStream) != 0 && length <= tail.size() - start;
 }
 
 }  // namespace orvane

@@ -29,4 +29,8 @@ struct SoundHeader {
 // record.
 SoundHeader readSoundHeader(int descriptor, std::uint64_t fileBytes);
 
+// Whether the last Ogg page of such a file is whole and marked as the end of its stream. Any
+// thread; false for what is no Ogg file.
+bool hasEndOfOggStream(int descriptor, std::uint64_t fileBytes);
+
 }  // namespace orvane

@@ -1,4 +1,6 @@
 // Reads recordings as fast as they come and tells of them in their order.
+#include <filesystem>
+#include <system_error>
 #include <vector>
 
 #include "cli/CliError.h"
@@ -33,10 +35,16 @@ class ShownAnalysis : public AnalysisOutput {
   std::optional<ProgressBar> mProgress;
 };
 
-// A name of another kind is more likely a recording that would be lost.
-void checkPlotName(const std::string &file) {
+void checkPlot(const std::string &file, const std::vector<std::string> &recordings) {
+  // A name of another kind is more likely a recording that would be lost.
   if (!file.ends_with(".svg") && !file.ends_with(".SVG"))
     throw CliError(kExitUsage, "--plot", "'" + file + "' does not end in .svg");
+  for (const std::string &recording : recordings) {
+    std::error_code error;
+    // By the file itself, whatever its names and the links to it.
+    if (std::filesystem::equivalent(file, recording, error))
+      throw CliError(kExitUsage, "--plot", "'" + file + "' is a recording that is to be read");
+  }
 }
 
 }  // namespace
@@ -46,7 +54,7 @@ int runAnalyze(const AnalyzeOptions &options, const CommonOptions &common) {
   order.callbackFrames = static_cast<std::uint32_t>(
       parseInteger("--callback-frames", options.callbackFrames, 1, kMostCallbackFrames));
   if (options.plot)
-    checkPlotName(*options.plot);
+    checkPlot(*options.plot, options.files);
   const Tuning tuning = resolveTuning(common);
   const bool several = options.files.size() > 1;
   order.form = recordForm(options.json, options.csv);

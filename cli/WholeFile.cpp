@@ -55,6 +55,9 @@ void writeWholeFile(const std::string &file, std::string_view content) {
   // What is moved there would take the place of a device or a pipe.
   if (isThere && !S_ISREG(before.st_mode))
     fail(S_ISDIR(before.st_mode) ? "is a folder" : "is no regular file");
+  // The moving would ask the folder only.
+  if (isThere && ::access(target.c_str(), W_OK) != 0)
+    fail(std::strerror(errno));
 
   const std::string written = target + '.' + std::to_string(::getpid()) + ".new";
   const int descriptor = ::open(written.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);

@@ -43,10 +43,38 @@ TEST_F(UserDefaultsTest, ADamagedFileIsToldOfAndWrittenAnew) {
       EXPECT_EQ(log().size(), 1U);
     }
     EXPECT_EQ(read(), "[General]\nTonicKey=5\n") << bytes.substr(0, 40);
+    EXPECT_EQ(readAside(), bytes);
+    EXPECT_EQ(filesInFolder(), 2);
     mLog.clear();
     EXPECT_EQ(open().integerForKey("TonicKey"), 5);
     EXPECT_TRUE(mLog.empty()) << bytes.substr(0, 40);
   }
+}
+
+TEST_F(UserDefaultsTest, ADamagedFileIsKeptOnceAndNotUntilItIsWrittenOver) {
+  const std::string damaged = "[General]\nTonicKey=3\nrubbish\n";
+  write(damaged);
+  UserDefaults defaults = open();
+  defaults.synchronize();
+  EXPECT_FALSE(std::filesystem::exists(mAside));
+  defaults.setInteger(5, "TonicKey");
+  defaults.synchronize();
+  defaults.setInteger(6, "TonicKey");
+  defaults.synchronize();
+  EXPECT_EQ(read(), "[General]\nTonicKey=6\n");
+  EXPECT_EQ(readAside(), damaged);
+}
+
+TEST_F(UserDefaultsTest, ADamagedFileThatCannotBeKeptIsWrittenAnewNonetheless) {
+  std::filesystem::create_directories(mAside / "inner");
+  write("[General]\nTonicKey=3\nrubbish\n");
+  UserDefaults defaults = open();
+  defaults.setInteger(5, "TonicKey");
+  defaults.synchronize();
+  EXPECT_EQ(log(), (Lines{"is damaged; what can be read is used",
+                          "cannot be kept as Orvane.ini.damaged: Is a directory"}));
+  EXPECT_EQ(read(), "[General]\nTonicKey=5\n");
+  EXPECT_EQ(filesInFolder(), 2);
 }
 
 TEST_F(UserDefaultsTest, WhatADamagedFileStillTellsIsUsed) {

@@ -26,10 +26,8 @@ class UserDefaultsTest : public testing::Test {
     std::filesystem::create_directories(mFile.parent_path());
     std::ofstream(mFile, std::ios::binary) << bytes;
   }
-  std::string read() const {
-    std::ifstream stream(mFile, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-  }
+  std::string read() const { return contentOf(mFile); }
+  std::string readAside() const { return contentOf(mAside); }
   std::ptrdiff_t filesInFolder() const {
     return std::distance(std::filesystem::directory_iterator(mFile.parent_path()), {});
   }
@@ -40,6 +38,11 @@ class UserDefaultsTest : public testing::Test {
     for (const std::string &line : mLog)
       lines.push_back(line.starts_with(start) ? line.substr(start.size()) : line);
     return lines;
+  }
+
+  static std::string contentOf(const std::filesystem::path &file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
   }
 
   TemporaryFolder mFolder;

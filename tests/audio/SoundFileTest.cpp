@@ -274,6 +274,24 @@ TEST(SoundFile, CutOffFilesOfOtherFormatsAreTold) {
   }
 }
 
+TEST(SoundFile, AShortOggFileIsWholeUntilItsLastPageIsCutOrMissing) {
+  const TemporaryFolder folder;
+  for (const std::int64_t frames : {4000, 88200}) {
+    const auto path =
+        writeTestSound(folder / "a.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 44100, 1, frames);
+    const Whole whole = readWhole(path);
+    EXPECT_EQ(whole.frames, frames);
+    EXPECT_EQ(whole.trouble, "");
+    const std::string bytes = readBytes(path);
+    const std::size_t lastPage = bytes.rfind("OggS");
+    for (const std::size_t length : {bytes.size() - 1, lastPage + 30, lastPage + 10, lastPage}) {
+      writeBytes(path, bytes.substr(0, length));
+      EXPECT_EQ(readWhole(path).trouble, "ends early: it is shorter than its header says")
+          << frames << ": " << length;
+    }
+  }
+}
+
 TEST(SoundFile, DamageInTheMiddleIsToldAndEndsTheReading) {
   const TemporaryFolder folder;
   for (const int format : {SF_FORMAT_FLAC | SF_FORMAT_PCM_16, SF_FORMAT_OGG | SF_FORMAT_VORBIS}) {

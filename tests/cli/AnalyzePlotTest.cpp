@@ -54,6 +54,35 @@ TEST_F(AnalyzePlot, ANameThatIsNoDrawingsIsRefusedBeforeAnythingIsWritten) {
   }
 }
 
+TEST_F(AnalyzePlot, ARecordingIsNeverReplacedByItsDrawingUnderWhateverName) {
+  const std::string song = mFolder.path("plots/song.svg");
+  std::filesystem::copy_file(mTone, song);
+  std::filesystem::create_hard_link(song, mFolder.path("plots/hard.svg"));
+  std::filesystem::create_symlink("song.svg", mFolder.path("plots/soft.svg"));
+  for (const std::string &name : {song, mFolder.path("plots/../plots/song.svg"),
+                                  mFolder.path("plots/hard.svg"), mFolder.path("plots/soft.svg")}) {
+    const CommandResult result = runCommand({"analyze", mTone, song, "--plot", name});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.errors,
+              "orvane-cli: --plot: '" + name + "' is a recording that is to be read\n");
+    EXPECT_EQ(result.output, "");
+  }
+  EXPECT_EQ(content(song), content(mTone));
+  EXPECT_EQ(names(), (std::vector<std::string>{"hard.svg", "soft.svg", "song.svg"}));
+}
+
+TEST_F(AnalyzePlot, AWriteProtectedDrawingStays) {
+  mFolder.write("plots/a4.svg", "old");
+  ::chmod(mPlot.c_str(), 0444);
+  CommandOptions heeding;
+  heeding.heedsModes = true;
+  const CommandResult result = runCommand({"analyze", mTone, "--plot", mPlot}, heeding);
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors, "orvane-cli: " + mPlot + ": Permission denied\n");
+  EXPECT_EQ(content(mPlot), "old");
+  EXPECT_EQ(names(), std::vector<std::string>{"a4.svg"});
+}
+
 TEST_F(AnalyzePlot, AnOldDrawingIsReplacedAndKeepsItsPermissions) {
   mFolder.write("plots/a4.svg", "old");
   ::chmod(mPlot.c_str(), 0640);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "tests/BrokenMpeg.h"
 #include "tests/cli/RunCommand.h"
 #include "tests/cli/TestFiles.h"
 
@@ -163,6 +164,18 @@ TEST_F(Analyze, ARecordingThatCannotBeReadDoesNotKeepTheOthersFromBeingRead) {
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_EQ(result.lines().size(), 3U);
   EXPECT_EQ(result.errors, "orvane-cli: /no/such: no such file\n");
+}
+
+TEST_F(Analyze, AnMp3ThatCannotBeDecodedIsToldInOneLineAlsoByListen) {
+  const std::string song = mFolder.write("song.mp3", brokenMpegFrames(50));
+  const std::vector<std::vector<std::string>> commands = {
+      {"analyze", song}, {"listen", "--input", song, "--seconds", "1"}};
+  for (const auto &arguments : commands) {
+    const CommandResult result = runCommand(arguments);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.errors, "orvane-cli: " + song + ": is damaged: none of it can be decoded\n");
+    EXPECT_EQ(result.output, "");
+  }
 }
 
 TEST_F(Analyze, AsTextOnlyWhatChangesTheDisplayIsPrinted) {

@@ -25,6 +25,7 @@ struct CommandOptions {
   long mostBytes = 0;         // limit of the size of that file; 0 for none
   bool closeEarly = false;    // nobody reads the pipe
   int interruptAfterMs = 0;   // SIGINT after so long; 0 for never
+  bool heedsModes = false;    // of files, also when root runs it
   bool withoutServer = true;  // point it at a sound server that is not there
 };
 

@@ -1,0 +1,66 @@
+// Starts of the window program that cannot succeed, for which it needs no desktop.
+#include <gtest/gtest.h>
+
+#include "tests/BrokenMpeg.h"
+#include "tests/cli/RunCommand.h"
+#include "tests/cli/TestFiles.h"
+
+namespace orvane::test {
+namespace {
+
+// Started with a recording that cannot be used, so that it ends.
+class OrvaneStart : public testing::Test {
+ protected:
+  CommandResult start(const std::string &platform,
+                      std::vector<std::pair<std::string, std::string>> environment = {}) const {
+    CommandOptions options;
+    options.program = ORVANE_PROGRAM;
+    environment.insert(environment.end(), {{"QT_QPA_PLATFORM", platform},
+                                           {"XDG_RUNTIME_DIR", mFolder.path("")},
+                                           {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}});
+    options.environment = environment;
+    return runCommand({"--input", mSong}, options);
+  }
+
+  TestFolder mFolder;
+  const std::string mSong = mFolder.write("song.mp3", brokenMpegFrames(50));
+  const std::string mRefusal = "orvane: " + mSong + ": is damaged: none of it can be decoded\n";
+};
+
+TEST_F(OrvaneStart, ADisplayThatCannotBeReachedIsToldInOneLine) {
+  const CommandResult result = start("xcb", {{"DISPLAY", ":555"}});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors, "orvane: display: could not connect to display :555\n");
+}
+
+TEST_F(OrvaneStart, APlatformThatThereIsNotIsToldInOneLine) {
+  const CommandResult result = start("nonsense");
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors,
+            "orvane: display: Could not find the Qt platform plugin \"nonsense\" in \"\"\n");
+}
+
+TEST_F(OrvaneStart, WithAllWarningsOffOneLineIsStillSaid) {
+  const CommandResult result = start("nonsense", {{"QT_LOGGING_RULES", "*.warning=false"}});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_TRUE(result.errors.starts_with("orvane: display: This application failed to start"))
+      << result.errors;
+  EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1);
+}
+
+TEST_F(OrvaneStart, WhatTheToolkitWarnsOfIsSaidOnceItHasStarted) {
+  const CommandResult result = start("offscreen", {{"QT_SCALE_FACTOR_ROUNDING_POLICY", "x"}});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_TRUE(result.errors.starts_with("orvane: Unknown scale factor rounding policy: x."))
+      << result.errors;
+  EXPECT_TRUE(result.errors.ends_with('\n' + mRefusal)) << result.errors;
+}
+
+TEST_F(OrvaneStart, AnMp3ThatCannotBeDecodedIsToldInOneLine) {
+  const CommandResult result = start("offscreen");
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors, mRefusal);
+}
+
+}  // namespace
+}  // namespace orvane::test
