@@ -2,6 +2,7 @@
 // sanitizer goes over the inputs that were found, and none may take long.
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -22,9 +23,14 @@ double processorSeconds() {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-// Whether the target was quick enough; what it finds ends the program.
+// Whether the target was quick enough; what it finds ends the program, and so does a file that
+// cannot be read.
 bool replay(const std::filesystem::path &file) {
   std::ifstream stream(file, std::ios::binary);
+  if (!stream) {
+    std::fprintf(stderr, "%s: cannot be read\n", file.c_str());
+    std::exit(1);
+  }
   const std::vector<char> bytes(std::istreambuf_iterator<char>(stream), {});
   // Told before, for whoever reads of a crash.
   std::printf("%s: ", file.c_str());

@@ -2,20 +2,20 @@
 // So where they are counted, it is made to write them first. The linker puts __wrap_NAME in the
 // place of NAME, which __real_NAME still is.
 extern "C" {
-void __gcov_dump();
+int __llvm_profile_write_file();
 
 [[noreturn]] void __real__Exit(int status);
 [[noreturn]] void __real___assert_fail(const char *assertion, const char *file, unsigned line,
                                        const char *function);
 
 [[noreturn]] void __wrap__Exit(int status) {
-  __gcov_dump();
+  __llvm_profile_write_file();
   __real__Exit(status);
 }
 
 [[noreturn]] void __wrap___assert_fail(const char *assertion, const char *file, unsigned line,
                                        const char *function) {
-  __gcov_dump();
+  __llvm_profile_write_file();
   __real___assert_fail(assertion, file, line, function);
 }
 }

@@ -25,17 +25,24 @@ milliseconds since(Clock::time_point start) {
 
 class OrvaneFrozenServerTest : public OrvaneTest {
  protected:
-  // Asks for the text again and again; the longest time that an answer took.
-  static milliseconds longestAnswerWithin(const Accessible &text, milliseconds time) {
-    milliseconds longest{0};
+  // Asks, or has something done, and remembers the longest time that the program took to answer.
+  template <typename Question>
+  auto timed(Question question) {
+    const auto asked = Clock::now();
+    const auto answer = question();
+    longest = std::max(longest, since(asked));
+    return answer;
+  }
+
+  // Asks for the text again and again.
+  void keepAsking(const Accessible &text, milliseconds time) {
     for (const auto end = Clock::now() + time; Clock::now() < end;) {
-      const auto asked = Clock::now();
-      EXPECT_NE(text.text(), "");
-      longest = std::max(longest, since(asked));
+      EXPECT_NE(timed([&] { return text.text(); }), "");
       std::this_thread::sleep_for(milliseconds(20));
     }
-    return longest;
   }
+
+  milliseconds longest{0};
 };
 
 INSTANTIATE_TEST_SUITE_P(Servers, OrvaneFrozenServerTest,
@@ -50,16 +57,18 @@ TEST_P(OrvaneFrozenServerTest, TheWindowGoesOnAnsweringAndHearsAgainAfterwards) 
   expectNote(program, "G4");
   const Accessible pitch = program.object("mReferencePitchText");
   ASSERT_EQ(pitch.text(), "440");
+  const Accessible volume = program.object("mInputVolumeSlider");
+  const Accessible volumeText = program.object("mInputVolumeText");
 
   const milliseconds frozen = std::chrono::seconds(longRunCount(3));
   server.freeze();
   // A command that the server owes an answer to, so that the connection is given up in the end.
-  ASSERT_TRUE(program.object("mInputVolumeSlider").setValue(50.0));
-  milliseconds longest = longestAnswerWithin(pitch, frozen / 2);
+  ASSERT_TRUE(timed([&] { return volume.setValue(50.0); }));
+  keepAsking(pitch, frozen / 2);
   // And a change by hand meanwhile, which is taken at once.
-  ASSERT_TRUE(program.object("mInputVolumeSlider").setValue(60.0));
-  EXPECT_TRUE(eventually([&] { return program.text("mInputVolumeText") == "60"; }));
-  longest = std::max(longest, longestAnswerWithin(pitch, frozen / 2));
+  ASSERT_TRUE(timed([&] { return volume.setValue(60.0); }));
+  EXPECT_TRUE(eventually([&] { return timed([&] { return volumeText.text(); }) == "60"; }));
+  keepAsking(pitch, frozen / 2);
   EXPECT_LE(longest.count(), kLongestAnswer.count());
   EXPECT_EQ(program.note(), "G4");
   keepPicture("server-frozen");

@@ -57,6 +57,11 @@ ChildProcess::ChildProcess(const std::vector<std::string> &command, const std::s
 }
 
 ChildProcess::~ChildProcess() {
+#ifdef ORVANE_COVERAGE
+  // A program writes what it has counted when it ends by itself.
+  signal(SIGTERM);
+  wait(std::chrono::seconds(3));
+#endif
   kill();
 }
 

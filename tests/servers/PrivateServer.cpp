@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cctype>
 #include <chrono>
+#include <cmath>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <stdexcept>
@@ -169,6 +171,20 @@ void PrivateServer::unload(const std::string &module) const {
 
 std::string PrivateServer::pipeOf(const std::string &name) const {
   return path(name + ".pipe");
+}
+
+bool PrivateServer::sounds(const std::string &source, float louderThan) const {
+  const std::string file = path("recorded");
+  std::filesystem::remove(file);
+  const ChildProcess recorder({"parec", "--device=" + source, "--raw", "--format=float32le",
+                               "--rate=48000", "--channels=1", file});
+  return waitUntil([&] {
+    std::ifstream stream(file, std::ios::binary);
+    int loud = 0;
+    for (float sample = 0.0F; stream.read(reinterpret_cast<char *>(&sample), sizeof sample);)
+      loud += std::abs(sample) > louderThan ? 1 : 0;
+    return loud >= 4800;
+  });
 }
 
 std::string PrivateServer::control(std::vector<std::string> arguments) {

@@ -43,6 +43,10 @@ class PrivateServer {
   void unload(const std::string &module) const;
   std::string pipeOf(const std::string &name) const;
 
+  // Whether somebody else who listens to the source comes to hear a tenth of a second that is
+  // louder than that; false when not within 10 s.
+  bool sounds(const std::string &source, float louderThan) const;
+
   // The output of the server's own control program.
   static std::string control(std::vector<std::string> arguments);
 

@@ -20,6 +20,7 @@ using Kind = PrivateServer::Kind;
 
 constexpr float kMine = 0.25F;
 constexpr float kForeign = 0.75F;
+constexpr float kLoud = 0.5F;          // between the two
 constexpr std::size_t kPlenty = 9600;  // frames
 
 class PulseRecoveryTest : public testing::TestWithParam<Kind> {
@@ -29,6 +30,7 @@ class PulseRecoveryTest : public testing::TestWithParam<Kind> {
     ASSERT_NE(loadOther(), "");
     micModule = loadMic();
     ASSERT_NE(micModule, "");
+    ASSERT_TRUE(server.sounds("Other", kLoud));
   }
 
   std::string loadMic(int rate = 48000) {
@@ -38,7 +40,7 @@ class PulseRecoveryTest : public testing::TestWithParam<Kind> {
 
   static void expectNothingForeign(const Ear &ear) {
     const std::vector<float> samples = ear.samplesFrom(0);
-    EXPECT_TRUE(std::ranges::none_of(samples, [](float sample) { return sample > 0.5F; }));
+    EXPECT_TRUE(std::ranges::none_of(samples, [](float sample) { return sample > kLoud; }));
   }
 
   PrivateServer server{GetParam()};

@@ -129,6 +129,8 @@ class SourceReturnTest : public testing::TestWithParam<Kind> {
     tuner.emplace(*hardware);
     ASSERT_TRUE(tuner->choose(" : Mic"));
     ASSERT_TRUE(isHeardWithin(std::chrono::seconds(15)));
+    for (const char *foreign : {"Other", "feed.monitor"})
+      ASSERT_TRUE(server.sounds(foreign, 2.0F * kQuiet)) << foreign;
   }
 
   void loadAll() {

@@ -1,0 +1,66 @@
+#!/usr/bin/env python3
+"""Which branches of the source were taken, file by file, and which were not.
+
+Usage: coverage_report.py BUILD
+
+A branch is one way out of a condition of the source, so every condition has two. BUILD/counts holds
+what the processes counted. Ends with 1 below 100 per cent of core/ or 90 per cent of all.
+"""
+import json
+import pathlib
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+FOLDERS = ('core', 'audio', 'app', 'cli', 'views')
+REQUIRED = {'core': 1.0, 'all': 0.9}
+LINE, TRUE, FALSE, FILE, EXPANSION = 0, 4, 5, 6, 7
+
+
+def programs(build):
+    return [path for folder in ('bin', 'tests') for path in sorted((build / folder).rglob('*'))
+            if path.is_file() and path.open('rb').read(4) == b'\x7fELF' and path.suffix != '.o']
+
+
+def counted(build):
+    """Of each file of the source its conditions: line and how often each way was taken."""
+    data = build / 'counts.profdata'
+    subprocess.run(['llvm-profdata', 'merge', '-sparse', '-failure-mode=all', '-o', data,
+                    *sorted((build / 'counts').glob('*.profraw'))], check=True)
+    first, *others = programs(build)
+    exported = subprocess.run(
+        ['llvm-cov', 'export', '-skip-functions', f'-instr-profile={data}', first,
+         *(word for program in others for word in ('-object', program))],
+        check=True, capture_output=True).stdout
+    files = {}
+    for file in json.loads(exported)['data'][0]['files']:
+        path = pathlib.Path(file['filename'])
+        if path.is_relative_to(ROOT) and path.relative_to(ROOT).parts[0] in FOLDERS:
+            files[str(path.relative_to(ROOT))] = file['branches']
+    return files
+
+
+def main():
+    files = counted(pathlib.Path(sys.argv[1]).resolve())
+    totals = {folder: [0, 0] for folder in (*FOLDERS, 'all')}
+    print(f"{'file':40}{'branches':>9}{'taken':>7}   not taken")
+    for name, conditions in sorted(files.items()):
+        ways = [(branch[LINE], way, branch[at] > 0) for branch in conditions
+                for way, at in (('true', TRUE), ('false', FALSE))]
+        taken = sum(is_taken for _, _, is_taken in ways)
+        for folder in (name.split('/')[0], 'all'):
+            totals[folder][0] += len(ways)
+            totals[folder][1] += taken
+        missing = ', '.join(f'{line} {way}' for line, way, is_taken in ways if not is_taken)
+        if ways:
+            print(f'{name:40}{len(ways):9}{taken:7}   {missing}')
+    is_enough = True
+    for folder, (ways, taken) in totals.items():
+        share = taken / ways if ways else 1.0
+        print(f'{folder:40}{ways:9}{taken:7}   {100 * share:.1f} %')
+        is_enough = is_enough and share >= REQUIRED.get(folder, 0.0)
+    return 0 if is_enough else 1
+
+
+if __name__ == '__main__':
+    sys.exit(main())
