@@ -27,7 +27,7 @@ void findPeaksOneByOne(std::span<const float> samples, Peaks &peaks) {
   float threshold = 0.0F;
   std::size_t previousPeak = 0;
   std::size_t i = 0;
-  while (true) {
+  for (;;) {
     std::size_t peak = 0;
     // Written as a negation so that not-a-number counts as not positive.
     while (i < n && !(x[i] > 0.0F)) {

@@ -56,6 +56,13 @@ TEST(NoteComputation, TheReferencePitchIsA4WithoutDeviation) {
   EXPECT_EQ(a4.difference, 0.0F);
 }
 
+TEST(NoteComputation, BelowTheOctavesThatHaveANumberADashStandsForIt) {
+  // A0 lies at 9.5; less 30 it is 8.5 below an octave of its own, which from above is the E.
+  EXPECT_EQ(name(read(27.5F, transposed(30))), "E -");
+  // No menu goes that far: with eleven it is octave 0 still.
+  EXPECT_EQ(name(read(27.5F, transposed(11))), "B 0");
+}
+
 TEST(NoteComputation, TheTwelveNotesCarrySharpsOnThreeAndFlatsOnTwo) {
   // Equal-tempered frequencies of octave 4, to a hundredth, as tables of musical pitch print them.
   const struct {

@@ -14,7 +14,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 FOLDERS = ('core', 'audio', 'app', 'cli', 'views')
 REQUIRED = {'core': 1.0, 'all': 0.9}
-LINE, TRUE, FALSE, FILE, EXPANSION = 0, 4, 5, 6, 7
+PLACE, TRUE, FALSE = slice(0, 4), 4, 5
 
 
 def programs(build):
@@ -23,7 +23,8 @@ def programs(build):
 
 
 def counted(build):
-    """Of each file of the source its conditions: line and how often each way was taken."""
+    """Of each file its conditions, by their place: how often each way was taken, by whichever program
+    and instance of a template."""
     data = build / 'counts.profdata'
     subprocess.run(['llvm-profdata', 'merge', '-sparse', '-failure-mode=all', '-o', data,
                     *sorted((build / 'counts').glob('*.profraw'))], check=True)
@@ -36,7 +37,11 @@ def counted(build):
     for file in json.loads(exported)['data'][0]['files']:
         path = pathlib.Path(file['filename'])
         if path.is_relative_to(ROOT) and path.relative_to(ROOT).parts[0] in FOLDERS:
-            files[str(path.relative_to(ROOT))] = file['branches']
+            conditions = files.setdefault(str(path.relative_to(ROOT)), {})
+            for branch in file['branches']:
+                ways = conditions.setdefault(tuple(branch[PLACE]), [0, 0])
+                ways[0] += branch[TRUE]
+                ways[1] += branch[FALSE]
     return files
 
 
@@ -45,8 +50,8 @@ def main():
     totals = {folder: [0, 0] for folder in (*FOLDERS, 'all')}
     print(f"{'file':40}{'branches':>9}{'taken':>7}   not taken")
     for name, conditions in sorted(files.items()):
-        ways = [(branch[LINE], way, branch[at] > 0) for branch in conditions
-                for way, at in (('true', TRUE), ('false', FALSE))]
+        ways = [(place[0], way, count > 0) for place, counts in sorted(conditions.items())
+                for way, count in zip(('true', 'false'), counts)]
         taken = sum(is_taken for _, _, is_taken in ways)
         for folder in (name.split('/')[0], 'all'):
             totals[folder][0] += len(ways)
