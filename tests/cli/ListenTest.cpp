@@ -5,12 +5,12 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <pty.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <nlohmann/json.hpp>
 
+#include "tests/cli/OnTerminal.h"
 #include "tests/cli/RunCommand.h"
 #include "tests/cli/TestFiles.h"
 
@@ -124,27 +124,11 @@ TEST_F(Listen, WithoutATerminalALineIsPrintedPerChange) {
 
 TEST_F(Listen, OnATerminalOneLineIsRewritten) {
   const std::string steady = mFolder.writeSound("b4.wav", sine(500.0, 8000, 30.0, 0.9), 8000);
-  winsize size{24, 100, 0, 0};
-  int terminal = -1;
-  const pid_t child = ::forkpty(&terminal, nullptr, nullptr, &size);
-  ASSERT_GE(child, 0);
-  if (child == 0) {
-    ::setenv("TERM", "xterm", 1);
-    ::setenv("NO_COLOR", "1", 1);
-    ::execl(ORVANE_CLI, "orvane-cli", "listen", "--input", steady.c_str(), nullptr);
-    ::_exit(127);
-  }
-  std::string screen;
-  std::array<char, 4096> bytes;
-  ssize_t count = 0;
-  while ((count = ::read(terminal, bytes.data(), bytes.size())) > 0) {
-    screen.append(bytes.data(), static_cast<std::size_t>(count));
-    if (screen.find("B4") != std::string::npos)
-      ::kill(child, SIGINT);
-  }
-  ::close(terminal);
-  int status = 0;
-  ::waitpid(child, &status, 0);
+  const auto [status, screen] = runOnTerminal({"listen", "--input", steady}, 100,
+                                              [](pid_t process, const std::string &shown) {
+                                                if (shown.find("B4") != std::string::npos)
+                                                  ::kill(process, SIGINT);
+                                              });
   EXPECT_EQ(status, 0);
   const std::string line =
       "\rB4   +21 cents  ○○○○○◈●●●○○   500.0Hz, ideal  493.9Hz, +6.1Hz   ▮▮▮▮▮▮▮▪  -1dB\x1b[K";
