@@ -260,6 +260,21 @@ TEST(PropertyList, SixtyFourLevelsAreReadAndOneMoreIsAnError) {
   EXPECT_EQ(parsed(many + u")").list()->size(), 100U);
 }
 
+TEST(PropertyList, DictionariesCountAsLevelsToo) {
+  // Each takes three characters: the 65th begins in column 64 * 3 + 1.
+  std::u16string open;
+  std::u16string close;
+  std::string expected = "b";
+  for (int i = 0; i < 64; ++i) {
+    open += u"{a=";
+    close += u";}";
+    expected = "{a=" + expected + "}";
+  }
+  EXPECT_EQ(parsedOutline(open + u"b" + close), expected);
+  EXPECT_EQ(errorOf(open + u"()" + close), "line 1, column 193: nested more than 64 levels deep");
+  EXPECT_EQ(errorOf(open + u"{}" + close), "line 1, column 193: nested more than 64 levels deep");
+}
+
 TEST(PropertyList, AMillionOpenBracketsAreOnlyAnError) {
   EXPECT_EQ(errorOf(std::u16string(1000000, u'(')),
             "line 1, column 65: nested more than 64 levels deep");
