@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -245,6 +246,24 @@ TEST(PropertyList, EachKindOfLineEndCountsOnce) {
 TEST(PropertyList, ColumnsCountCharacters) {
   EXPECT_EQ(errorOf(u"('\U0001d11e\u00e9' !"), "line 1, column 7: expected ',' or ')'");
   EXPECT_EQ(errorOf(u"(\t!"), "line 1, column 3: expected a value");
+}
+
+TEST(PropertyList, ColumnsCountTheFirstAndTheLastOfThePairsOnce) {
+  EXPECT_EQ(errorOf(u"('\U00010000' !"), "line 1, column 6: expected ',' or ')'");
+  EXPECT_EQ(errorOf(u"('\U0010ffff' !"), "line 1, column 6: expected ',' or ')'");
+  // Halves that make no pair count one each; only comments may hold them.
+  for (const auto &halves : {std::array<char16_t, 2>{0xDC00, 0xDC01}, {0xD800, 0xE000}}) {
+    const std::u16string text = u"(/*" + std::u16string(halves.begin(), halves.end()) + u"*/ !";
+    EXPECT_EQ(errorOf(text), "line 1, column 9: expected a value");
+  }
+}
+
+TEST(PropertyList, LinesEndOnceAtEitherEndOfTheText) {
+  EXPECT_EQ(errorOf(u"\r\n!"), "line 2, column 1: expected a value");
+  EXPECT_EQ(errorOf(u"(\r\n"), "line 2, column 1: expected a value");
+  // A buffer without an end of its own, which the address sanitizer watches.
+  const std::vector<char16_t> bare = {u'(', u'a'};
+  EXPECT_EQ(errorOf({bare.data(), bare.size()}), "line 1, column 3: expected ',' or ')'");
 }
 
 TEST(PropertyList, SixtyFourLevelsAreReadAndOneMoreIsAnError) {
