@@ -240,6 +240,10 @@ TEST(ScalaFile, NothingBehindTheLastByteIsRead) {
     const std::vector<char> bytes(whole.begin(), whole.end() - cut);
     EXPECT_EQ(parsed(std::string_view(bytes.data(), bytes.size())).listValues(), kJustValues);
   }
+  // A digit there would make another octave of it.
+  const std::string longer = file(kJust, "", "2/15");
+  EXPECT_EQ(parsed(std::string_view(longer).substr(0, longer.size() - 2)).listValues(),
+            kJustValues);
 }
 
 TEST(ScalaFile, PitchesNeedNotAscendNorStayWithinTheOctave) {
