@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/Sanitized.h"
 #include "tests/cli/RunCommand.h"
 #include "tests/cli/TestFiles.h"
 
@@ -12,13 +13,6 @@ namespace orvane::test {
 namespace {
 
 // What a sanitizer keeps for itself says nothing of the program.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kIsSanitized = true;
-#elif defined(__has_feature)
-constexpr bool kIsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool kIsSanitized = false;
-#endif
 
 class AnalyzeSeveral : public testing::Test {
  protected:
