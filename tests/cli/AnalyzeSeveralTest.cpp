@@ -12,8 +12,6 @@
 namespace orvane::test {
 namespace {
 
-// What a sanitizer keeps for itself says nothing of the program.
-
 class AnalyzeSeveral : public testing::Test {
  protected:
   // 50 Hz, 8 samples a period: a reading in each block, and a file that is read fast.
