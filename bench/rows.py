@@ -19,7 +19,7 @@ BLOCK = 1.5 / 27.5  # seconds of sound
 CALLBACKS = 50  # a second: the sound server is asked for 20 ms at once
 RUNS = 5
 MOST_SCANS = {'pure': 1.0, 'rich': 1.0, 'noisy': 1.0, 'noise': 1.5}
-NOTE = (150, 40, 150, 110)  # in the main window: left, top, width, height
+NOTE = (150, 40, 150, 85)  # in the main window, without the lamps: left, top, width, height
 
 
 @dataclass
