@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include <fontconfig/fontconfig.h>
 #include <CLI/CLI.hpp>
 
 #include <QApplication>
@@ -111,6 +112,17 @@ void log(QtMsgType type, const QMessageLogContext & /*context*/, const QString &
     early.firstWarning = line;
 }
 
+// Before the toolkit needs fonts: it would have the library ask for memory without end, where there
+// is none. False then.
+bool loadFonts() {
+  FcConfig *const fonts = FcInitLoadConfigAndFonts();
+  if (fonts == nullptr)
+    return false;
+  const bool isDone = FcConfigSetCurrent(fonts) == FcTrue;
+  FcConfigDestroy(fonts);  // the library has its own reference
+  return isDone;
+}
+
 // In the sizes that desktops ask for; empty when the picture cannot be read.
 QIcon windowIcon() {
   QIcon icon;
@@ -134,6 +146,10 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
   QCoreApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
   // By this the desktop finds the icon, where windows bring none along.
   QGuiApplication::setDesktopFileName(QStringLiteral("org.velmora.Orvane"));
+  if (!loadFonts()) {
+    system.log("fonts: out of memory");
+    return kExitFailed;
+  }
   QApplication application(argc, argv);
   sayEarlyWords();
   QApplication::setStyle(QStringLiteral("Fusion"));
