@@ -45,7 +45,7 @@ class CommandFailures : public testing::Test {
  private:
   static void expectClean(const FailedRun &run, const CommandResult *undisturbed) {
     // The decoder's library uses one piece of memory that it did not get.
-    if (run.result.signal == SIGSEGV && run.caller.starts_with("libsndfile"))
+    if (run.result.signal == SIGSEGV && run.endedIn.starts_with("libsndfile"))
       return;
     // What the sound server's library says of itself comes before what is said of it.
     const std::string why =

@@ -8,10 +8,12 @@
 //   FAILING_ERROR    the error number of files' failures, in place of the one each call has
 //   FAILING_QUIT     set: sends SIGTERM to the program once it has nothing to do
 //   FAILING_AFTER    counts only from the opening of a file on whose path contains this
-// Writing to standard error never fails, as the reason is to be read there. Any thread.
+// Writing to standard error never fails, as the reason is to be read there. A program that a signal
+// ends because of a failure tells first where. Any thread.
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
+#include <execinfo.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
@@ -32,7 +34,8 @@ enum Kind { kNothing, kMemory, kFiles };
 struct Counters {
   _Atomic uint64_t calls;
   _Atomic uint64_t failed;
-  char caller[112];  // the library, or program, that made the first call that failed
+  char caller[112];   // the library, or program, that made the first call that failed
+  char endedIn[112];  // and the one in which a signal ended the program
 };
 
 static enum Kind kind = kNothing;
@@ -47,6 +50,64 @@ static atomic_bool isCounting;
 static uint64_t number(const char *name) {
   const char *text = getenv(name);
   return text == NULL ? 0 : strtoull(text, NULL, 10);
+}
+
+static const char *libraryOf(const void *address) {
+  Dl_info library;
+  if (dladdr(address, &library) == 0)
+    return "";
+  const char *slash = strrchr(library.dli_fname, '/');
+  return slash == NULL ? library.dli_fname : slash + 1;
+}
+
+// The languages' own libraries end a program on behalf of another.
+static bool isOnBehalf(const char *library) {
+  static const char *const kNames[] = {"libc.so", "libstdc++.so", "libgcc_s.so",
+                                       "libfailing-calls"};
+  for (size_t i = 0; i < sizeof(kNames) / sizeof(kNames[0]); ++i) {
+    if (strncmp(library, kNames[i], strlen(kNames[i])) == 0)
+      return true;
+  }
+  return *library == '\0';
+}
+
+// Threads may come to their ends together; the first is told of.
+static void tellWhereItEnds(int number) {
+  static _Atomic pid_t ending;
+  pid_t other = 0;
+  while (!atomic_compare_exchange_strong(&ending, &other, gettid()) && other != gettid()) {
+    other = 0;
+    pause();
+  }
+  signal(number, SIG_DFL);
+  void *frames[64];
+  const int count = backtrace(frames, 64);
+  for (int i = 0; i < count; ++i) {
+    const char *library = libraryOf(frames[i]);
+    if (isOnBehalf(library))
+      continue;
+    strncpy(counters->endedIn, library, sizeof(counters->endedIn) - 1);
+    break;
+  }
+  raise(number);
+}
+
+// One library asks for memory to say that there is none, until the stack is full. Each thread has
+// its own.
+static void useAnotherStack(void) {
+  static __thread char stack[1 << 15];
+  const stack_t other = {.ss_sp = stack, .ss_size = sizeof(stack)};
+  sigaltstack(&other, NULL);
+}
+
+static void watchSignals(void) {
+  void *frames[4];
+  backtrace(frames, 4);  // takes the memory now that it needs
+  static const int kSignals[] = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGTRAP};
+  for (size_t i = 0; i < sizeof(kSignals) / sizeof(kSignals[0]); ++i) {
+    struct sigaction action = {.sa_handler = tellWhereItEnds, .sa_flags = SA_ONSTACK | SA_NODEFER};
+    sigaction(kSignals[i], &action, NULL);
+  }
 }
 
 __attribute__((constructor)) static void prepare(void) {
@@ -69,6 +130,7 @@ __attribute__((constructor)) static void prepare(void) {
   isCounting = after == NULL;
   // Not the programs that this one starts.
   unsetenv("LD_PRELOAD");
+  watchSignals();
   kind = strcmp(wanted, "memory") == 0 ? kMemory : kFiles;
 }
 
@@ -79,9 +141,12 @@ static bool failsFor(const void *caller, enum Kind called, int error) {
   const uint64_t call = atomic_fetch_add(&counters->calls, 1) + 1;
   if (first == 0 || (isForever ? call < first : call != first))
     return false;
-  Dl_info library;
-  if (atomic_fetch_add(&counters->failed, 1) == 0 && dladdr(caller, &library) != 0)
-    strncpy(counters->caller, strrchr(library.dli_fname, '/') + 1, sizeof(counters->caller) - 1);
+  static __thread bool hasAnotherStack;
+  if (!hasAnotherStack)
+    useAnotherStack();
+  hasAnotherStack = true;
+  if (atomic_fetch_add(&counters->failed, 1) == 0)
+    strncpy(counters->caller, libraryOf(caller), sizeof(counters->caller) - 1);
   errno = called == kFiles && forcedError != 0 ? forcedError : error;
   return true;
 }

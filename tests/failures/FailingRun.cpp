@@ -16,6 +16,7 @@ struct Counters {
   std::uint64_t calls;
   std::uint64_t failed;
   char caller[112];
+  char endedIn[112];
 };
 
 }  // namespace
@@ -29,8 +30,9 @@ std::string Failure::name() const {
 
 std::string FailedRun::told() const {
   return "call " + std::to_string(number) + ", of " + caller + ": exit " +
-         std::to_string(result.exitCode) + ", signal " + std::to_string(result.signal) + ", \"" +
-         result.output.substr(0, 200) + "\", \"" + result.errors.substr(0, 500) + "\"";
+         std::to_string(result.exitCode) + ", signal " + std::to_string(result.signal) +
+         (endedIn.empty() ? "" : " in " + endedIn) + ", \"" + result.output.substr(0, 200) +
+         "\", \"" + result.errors.substr(0, 500) + "\"";
 }
 
 FailedRun FailingRuns::run(const Failure &failure, std::uint64_t number) const {
@@ -59,6 +61,7 @@ FailedRun FailingRuns::run(const Failure &failure, std::uint64_t number) const {
   std::ifstream(file, std::ios::binary).read(reinterpret_cast<char *>(&counters), sizeof(counters));
   run.calls = counters.calls;
   run.caller = counters.caller;
+  run.endedIn = counters.endedIn;
   return run;
 }
 

@@ -33,6 +33,7 @@ struct FailedRun {
   std::uint64_t number = 0;  // of the call that failed, from 1
   std::uint64_t calls = 0;   // that were made
   std::string caller;        // the library, or the program, that made it
+  std::string endedIn;       // the one in which a signal ended the program; empty when none did
 
   // For a test's message.
   std::string told() const;

@@ -44,7 +44,7 @@ class SettingsFailures : public testing::Test {
 
   void expectOldOrNew(const FailedRun &failed) const {
     // The toolkit uses some memory without looking whether it got it.
-    if (failed.result.signal != SIGSEGV || !failed.caller.starts_with("libQt6")) {
+    if (failed.result.signal != SIGSEGV || !failed.endedIn.starts_with("libQt6")) {
       EXPECT_EQ(whyUnclean(failed, {"save-settings: "}), "") << failed.told();
     }
     const CommandResult next = run({"read", mFile});

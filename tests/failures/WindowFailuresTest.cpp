@@ -37,14 +37,14 @@ class WindowFailures : public testing::Test {
 
   // Libraries that use memory without looking whether they got it, or give up with a word of
   // theirs.
-  static bool isOfALibrary(const FailedRun &run) {
-    return run.result.signal != 0 && run.result.signal != SIGKILL &&
-           !run.caller.starts_with("orvane") && !run.caller.starts_with("libstdc++");
+  static bool endedInALibrary(const FailedRun &run) {
+    return run.result.signal != 0 && run.result.signal != SIGKILL && !run.endedIn.empty() &&
+           !run.endedIn.starts_with("orvane");
   }
 
   void expectClean(const FailedRun &run) {
-    if (isOfALibrary(run))
-      ++mEndedByLibraries[run.caller];
+    if (endedInALibrary(run))
+      ++mEndedInLibraries[run.endedIn];
     else
       EXPECT_EQ(whyUnclean(run, {""}), "") << run.told();  // libraries have words of their own
     std::ifstream file(mSettings);
@@ -58,14 +58,14 @@ class WindowFailures : public testing::Test {
   }
 
   void expectCleanAfter(const Failure &failure, std::uint64_t shortCount) {
-    mEndedByLibraries.clear();
+    mEndedInLibraries.clear();
     const std::uint64_t tried = FailingRuns({"--input", mSound}, mOptions)
                                     .forEach(
                                         failure, shortCount, [this] { restore(); },
                                         [this](const FailedRun &run) { expectClean(run); });
     EXPECT_GT(tried, 0U);
-    for (const auto &[library, count] : mEndedByLibraries)
-      std::cout << "  " << count << " ended by " << library << "\n";
+    for (const auto &[library, count] : mEndedInLibraries)
+      std::cout << "  " << count << " ended in " << library << "\n";
   }
 
   static constexpr const char *kOld = "[General]\nTonicKey=7\nTuningKey=1\n";
@@ -75,7 +75,7 @@ class WindowFailures : public testing::Test {
   const std::filesystem::path mSettings = mFolder / "config/velmora/Orvane.ini";
   const std::string mSound = mFolder.writeSound("a4.wav", sine(440.0, 8000, 0.5), 8000);
   CommandOptions mOptions;
-  std::map<std::string, int> mEndedByLibraries;
+  std::map<std::string, int> mEndedInLibraries;
 };
 
 TEST_F(WindowFailures, AFileThatFailsIsToldOrDoesNoHarm) {
@@ -90,6 +90,10 @@ TEST_F(WindowFailures, AFileThatFailsWhileTheSettingsAreSavedLeavesTheOldOrTheNe
 
 TEST_F(WindowFailures, WantOfMemoryIsToldOrDoesNoHarm) {
   expectCleanAfter({Calls::Memory, Lasting::Once, 0, {}, true}, 7);
+}
+
+TEST_F(WindowFailures, NoMoreMemoryFromSomeTimeOnIsToldOrDoesNoHarm) {
+  expectCleanAfter({Calls::Memory, Lasting::ForGood, 0, {}, true}, 7);
 }
 
 TEST_F(WindowFailures, WantOfMemoryWhileTheSettingsAreSavedLeavesTheOldOrTheNew) {
