@@ -5,13 +5,12 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 
 #include "tests/cli/TestFiles.h"
-#include "tests/desktop/Desktop.h"
+#include "tests/desktop/OrvaneRig.h"
 #include "tests/failures/Trace.h"
-#include "tests/servers/ChildProcess.h"
-#include "tests/servers/HardwareProbe.h"
-#include "tests/servers/PrivateServer.h"
+#include "tests/speech/SpeechRig.h"
 
 namespace orvane::test {
 namespace {
@@ -52,6 +51,21 @@ class Touched : public testing::Test {
     return others;
   }
 
+  // What the window program may change but for its settings.
+  Paths othersThanSettings(const Desktop &desktop) const {
+    const std::filesystem::path home = desktop.configurationFolder().parent_path();
+    Paths allowed = ofTheSoundServer();
+    allowed.insert("/dev/null");
+    // The toolkit makes sure that the folder for sockets is there.
+    allowed.insert(home.parent_path() / "runtime");
+    // The font library keeps what it found, in the system's folder where it may write there, when
+    // fonts have changed since.
+    allowed.insert(home / ".cache");
+    const Paths folders = {desktop.configurationFolder() / "velmora", home / ".cache/fontconfig",
+                           "/var/cache/fontconfig"};
+    return others(mTrace.changedPaths(), allowed, folders);
+  }
+
   TestFolder mFolder;
   PrivateServer mServer{PrivateServer::Kind::kPulseAudio};
   const std::filesystem::path mHome = mFolder / "home";
@@ -67,18 +81,27 @@ TEST_F(Touched, TheWindowProgramChangesItsSettingsAndMakesNoNetworkSocket) {
   ASSERT_TRUE(mTrace.read());
   EXPECT_EQ(mTrace.socketFamilies(), std::set<std::string>{"AF_UNIX"});
   EXPECT_EQ(mTrace.startedPrograms(), Paths{ORVANE_PROGRAM});
-  const std::filesystem::path home = desktop.configurationFolder().parent_path();
-  const std::string settings = desktop.configurationFolder() / "velmora";
-  Paths allowed = ofTheSoundServer();
-  allowed.insert("/dev/null");
-  // The toolkit makes sure that the folder for sockets is there.
-  allowed.insert(home.parent_path() / "runtime");
-  // The font library keeps what it found, in the system's folder where it may write there, when
-  // fonts have changed since.
-  allowed.insert(home / ".cache");
-  const Paths folders = {settings, home / ".cache/fontconfig", "/var/cache/fontconfig"};
-  EXPECT_EQ(others(mTrace.changedPaths(), allowed, folders), Paths{});
-  EXPECT_TRUE(mTrace.changedPaths().contains(settings + "/Orvane.ini"));
+  EXPECT_EQ(othersThanSettings(desktop), Paths{});
+  EXPECT_TRUE(mTrace.changedPaths().contains(desktop.configurationFolder() / "velmora/Orvane.ini"));
+}
+
+TEST_F(Touched, SpeakingStartsTheHelperAloneAndMakesNoNetworkSocket) {
+  FakeSpeechService speech;
+  ASSERT_TRUE(speech.start("ok"));
+  Instrument instrument(mServer.pipeOf("Mic"));
+  instrument.play(440.0);
+  Desktop desktop;
+  const std::filesystem::path settings = desktop.configurationFolder() / "velmora/Orvane.ini";
+  std::filesystem::create_directories(settings.parent_path());
+  std::ofstream(settings) << "[General]\norg.velmora.TuneSpeechKey=true\n";
+  ChildProcess program(desktop.command(mTrace.command({ORVANE_PROGRAM})), mFolder.path("log"));
+  ASSERT_TRUE(eventually([&speech] { return !speech.texts().empty(); }, std::chrono::seconds(30)));
+  program.signal(SIGTERM);
+  ASSERT_EQ(program.wait(std::chrono::seconds(10)), 0);
+  ASSERT_TRUE(mTrace.read());
+  EXPECT_EQ(mTrace.socketFamilies(), std::set<std::string>{"AF_UNIX"});
+  EXPECT_EQ(mTrace.startedPrograms(), (Paths{ORVANE_PROGRAM, ORVANE_SPEECH}));
+  EXPECT_EQ(othersThanSettings(desktop), Paths{});
 }
 
 TEST_F(Touched, ListeningInTheTerminalChangesNothingAndMakesNoNetworkSocket) {
@@ -100,19 +123,64 @@ TEST_F(Touched, AnalyzingChangesNothingAndMakesNoSocketAtAll) {
   EXPECT_EQ(mTrace.changedPaths(), Paths{});
 }
 
+TEST_F(Touched, DrawingWritesTheDrawingByWayOfANewFileBesideItAndNothingElse) {
+  const std::string sound = mFolder.writeSound("a4.wav", sine(440.0, 44100, 1.0), 44100);
+  const std::string drawing = mFolder.path("a4.svg");
+  ChildProcess program(mTrace.command({ORVANE_CLI, "analyze", "--plot", drawing, sound}));
+  ASSERT_EQ(program.wait(std::chrono::seconds(20)), 0);
+  ASSERT_TRUE(mTrace.read());
+  EXPECT_EQ(mTrace.socketFamilies(), Paths{});
+  EXPECT_EQ(mTrace.startedPrograms(), Paths{ORVANE_CLI});
+  EXPECT_TRUE(mTrace.changedPaths().contains(drawing));
+  for (const std::string &path : mTrace.changedPaths())
+    EXPECT_TRUE(path == drawing || (path.starts_with(drawing + ".") && path.ends_with(".new")))
+        << path;
+  EXPECT_EQ(mTrace.changedPaths().size(), 2U);
+}
+
+TEST_F(Touched, ScalesComeAndGoByTheStandardStreamsOnly) {
+  const std::string scale = mFolder.path("Vallotti.scl");
+  {
+    ChildProcess program(mTrace.command({ORVANE_CLI, "temperaments", "--export", "Vallotti"}),
+                         scale);
+    ASSERT_EQ(program.wait(std::chrono::seconds(20)), 0);
+  }
+  ASSERT_TRUE(mTrace.read());
+  Trace importing(mFolder.path("importing"));
+  ChildProcess program(importing.command({ORVANE_CLI, "temperaments", "--import", scale}),
+                       mFolder.path("Vallotti.txt"));
+  ASSERT_EQ(program.wait(std::chrono::seconds(20)), 0);
+  ASSERT_TRUE(importing.read());
+  for (const Trace *trace : {&mTrace, &importing}) {
+    EXPECT_EQ(trace->socketFamilies(), Paths{});
+    EXPECT_EQ(trace->startedPrograms(), Paths{ORVANE_CLI});
+    EXPECT_EQ(trace->changedPaths(), Paths{});
+  }
+}
+
 // What the others see they would see of a program that does what it must not, too.
 TEST_F(Touched, ATraceShowsEveryKindOfChangeAndEverySocket) {
   const std::string home = mFolder.path("home/");
+  for (const char *name : {"given", "aged"})
+    std::ofstream(home + name);
+  // What is changed by way of a file that is open for reading only.
+  constexpr const char *kOpenFiles =
+      "import os, socket, sys\n"
+      "folder = os.open(sys.argv[1], os.O_PATH)\n"
+      "os.fchmod(os.open('given', os.O_RDONLY, dir_fd=folder), 0o600)\n"
+      "os.utime(os.open('aged', os.O_RDONLY, dir_fd=folder))\n"
+      "socket.socket(socket.AF_UNIX).bind(sys.argv[1] + 'bound')\n";
   ChildProcess program(
       mTrace.command({"bash", "-c",
                       "cd \"$1\" && : >written && mv $1written $1renamed && mkdir $1folder &&"
-                      "ln -s renamed $1link; : 2>/dev/null 3<>/dev/tcp/127.0.0.1/9; true",
-                      "bash", home}));
+                      "ln -s renamed $1link; python3 -B -c \"$2\" $1;"
+                      ": 2>/dev/null 3<>/dev/tcp/127.0.0.1/9; true",
+                      "bash", home, kOpenFiles}));
   ASSERT_EQ(program.wait(std::chrono::seconds(20)), 0);
   ASSERT_TRUE(mTrace.read());
   EXPECT_TRUE(mTrace.socketFamilies().contains("AF_INET"));
   EXPECT_GT(mTrace.startedPrograms().size(), 1U);
-  for (const char *name : {"written", "renamed", "link", "folder"})
+  for (const char *name : {"written", "renamed", "link", "folder", "given", "aged", "bound"})
     EXPECT_TRUE(mTrace.changedPaths().contains(home + name)) << name;
 }
 

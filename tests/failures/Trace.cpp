@@ -10,10 +10,12 @@ namespace orvane::test {
 namespace {
 
 constexpr const char *kKept =
-    "trace=socket,execve,open,openat,openat2,creat,mkdir,mkdirat,rmdir,unlink,unlinkat,rename,"
-    "renameat,"
-    "renameat2,link,linkat,symlink,symlinkat,truncate,chmod,fchmodat,chown,lchown,fchownat,mknod,"
-    "mknodat,utimensat,setxattr,lsetxattr,removexattr";
+    "trace=socket,bind,execve,execveat,open,openat,openat2,creat,mkdir,mkdirat,rmdir,unlink,"
+    "unlinkat,"
+    "rename,renameat,renameat2,link,linkat,symlink,symlinkat,truncate,ftruncate,fallocate,chmod,"
+    "fchmod,fchmodat,chown,fchown,lchown,fchownat,mknod,mknodat,utime,utimes,utimensat,futimesat,"
+    "setxattr,lsetxattr,fsetxattr,removexattr,lremovexattr,fremovexattr,mount,umount2,pivot_root,"
+    "chroot,swapon,acct";
 
 bool hasEnded(const std::string &file) {
   std::ifstream stream(file);
@@ -61,9 +63,24 @@ void Trace::take(const std::string &line) {
     mSocketFamilies.insert(arguments.substr(0, arguments.find(',')));
     return;
   }
+  if (name == "bind") {
+    // Sockets that have a place in the file system; those whose name begins with "@" have none.
+    static const std::regex kPlace(R"re(sun_path="([^"]*)")re");
+    if (std::smatch place; std::regex_search(arguments, place, kPlace))
+      mChangedPaths.insert(place[1]);
+    return;
+  }
   static const std::regex kChanging("O_WRONLY|O_RDWR|O_CREAT|O_TRUNC|O_TMPFILE");
   if (name.starts_with("open") && !std::regex_search(arguments, kChanging))
     return;
+  // A file that is open, alone; what has no path is memory.
+  static const std::regex kOpenFile(R"(^\d+<(/[^>]*)>(?!, "))");
+  if (std::smatch file;
+      !name.starts_with("open") && std::regex_search(arguments, file, kOpenFile)) {
+    if (const std::string path = file[1]; !path.starts_with("/memfd:"))
+      mChangedPaths.insert(path);
+    return;
+  }
   // A path, and before it the folder that it is in when it does not begin with "/".
   static const std::regex kPath(R"re((?:<([^>]*)>, )?"([^"]*)")re");
   const bool isLink = name.find("link") != std::string::npos && !name.starts_with("unlink");
@@ -73,7 +90,7 @@ void Trace::take(const std::string &line) {
     const std::string folder = (*path)[1];
     const std::string text = (*path)[2];
     const std::string whole = text.starts_with('/') ? text : folder + "/" + text;
-    if (name == "execve") {
+    if (name.starts_with("execve")) {
       mStartedPrograms.insert(whole);
       return;  // what follows are its arguments
     }

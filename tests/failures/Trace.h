@@ -26,7 +26,8 @@ class Trace {
   // "AF_UNIX" and the like.
   const std::set<std::string> &socketFamilies() const { return mSocketFamilies; }
   const std::set<std::string> &startedPrograms() const { return mStartedPrograms; }
-  // Opened for writing, made, renamed, removed or given other permissions, or tried to be.
+  // Opened for writing, made, renamed, removed or given another length, owner, time or other
+  // permissions, or tried to be; sockets with a place in the file system.
   const std::set<std::string> &changedPaths() const { return mChangedPaths; }
 
  private:
