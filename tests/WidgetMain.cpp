@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/TemporaryFolder.h"
+
 namespace {
 
 // Whatever would be animated is there at once; the tests of an animation bring a style of their
@@ -26,6 +28,9 @@ class StillStyle : public QProxyStyle {
 int main(int argc, char **argv) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   testing::InitGoogleTest(&argc, argv);
+  // Without one, and with root's, the toolkit makes a folder that stays.
+  const orvane::test::TemporaryFolder runtime;
+  qputenv("XDG_RUNTIME_DIR", (runtime / "").c_str());
   const QApplication application(argc, argv);
   QApplication::setStyle(new StillStyle);
   QDir::setSearchPaths(QStringLiteral("resources"), {QStringLiteral(ORVANE_RESOURCES_DIR)});

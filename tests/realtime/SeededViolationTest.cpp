@@ -13,6 +13,7 @@
 
 #include "audio/RecordingHardware.h"
 #include "audio/WakeUpDescriptor.h"
+#include "tests/TemporaryFolder.h"
 #include "tests/audio/SoundFileMaker.h"
 #include "tests/realtime/GuardedHardware.h"
 #include "tests/realtime/RealTimeScope.h"
@@ -91,7 +92,11 @@ class SeededViolationTest : public testing::Test {
 
   static void expectCaught(Fault fault, const std::string &found, const std::string &lastWords) {
     if (RealTimeScope::endsTheProgram()) {
+      // A program that ends so leaves its folders behind.
+      const TemporaryFolder left;
+      setenv("TMPDIR", (left / "").c_str(), 1);
       EXPECT_DEATH(watchedWith(fault), lastWords);
+      unsetenv("TMPDIR");
       return;
     }
     const ProcedureWatch::Totals totals = watchedWith(fault);
