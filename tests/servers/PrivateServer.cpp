@@ -135,6 +135,21 @@ void PrivateServer::kill() {
     std::filesystem::remove(pipe, ignored);
 }
 
+void PrivateServer::killDaemon() {
+  mProcesses.at(kDaemon).kill();
+  mProcesses.at(kSessionManager).kill();
+  for (const char *left : {"xdg/pipewire-0", "xdg/pipewire-0.lock"})
+    std::filesystem::remove(mFolder / left);
+}
+
+bool PrivateServer::startDaemon() {
+  mProcesses.at(kDaemon) = ChildProcess({"pipewire"}, path("log"));
+  if (!waitUntil([this] { return isAnswered(path("xdg/pipewire-0")); }))
+    return false;
+  mProcesses.at(kSessionManager) = ChildProcess({"wireplumber"}, path("log"));
+  return waitUntil([] { return control({"info"}).find("Server Name") != std::string::npos; });
+}
+
 void PrivateServer::freeze() const {
   for (const ChildProcess &process : mProcesses)
     process.signal(SIGSTOP);

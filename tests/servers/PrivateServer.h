@@ -32,6 +32,11 @@ class PrivateServer {
   bool start();
   // Ends it as a crash would, at once and without a farewell.
   void kill();
+  // The same of PipeWire's daemon and its session manager alone: the service that clients are
+  // connected with stays, and has nothing left to offer.
+  void killDaemon();
+  // Starts both anew and waits until they answer; false when they do not within 10 s.
+  bool startDaemon();
   // It neither runs nor ends until thaw.
   void freeze() const;
   void thaw() const;
@@ -63,6 +68,9 @@ class PrivateServer {
   TemporaryFolder mFolder;
   std::vector<ChildProcess> mProcesses;
   std::set<std::string> mPipes;
+  // PipeWire's, among the processes.
+  static constexpr std::size_t kDaemon = 1;
+  static constexpr std::size_t kSessionManager = 2;
 };
 
 }  // namespace orvane::test

@@ -135,6 +135,9 @@ class SourceReturnTest : public testing::TestWithParam<Kind> {
 
   void loadAll() {
     ASSERT_TRUE(server.start());
+    loadSources();
+  }
+  void loadSources() {
     ASSERT_NE(server.loadSource("Other", 48000, 1), "");
     if (GetParam() == Kind::kPipeWire)
       PrivateServer::control({"load-module", "module-null-sink", "sink_name=feed"});
@@ -223,6 +226,20 @@ TEST_P(SourceReturnTest, OfAServerThatCrashesAndStartsAgain) {
     expectSoonHeard(round);
   }
   expectNothingForeign("crashed", rounds);
+}
+
+TEST_P(SourceReturnTest, OfADaemonThatCrashesBehindTheServiceThatStays) {
+  if (GetParam() != Kind::kPipeWire)
+    GTEST_SKIP() << "one program is both";
+  const std::uint64_t rounds = longRunCount(2);
+  for (std::uint64_t round = 0; round < rounds && !HasFailure(); ++round) {
+    server.killDaemon();
+    listenFor(milliseconds(random.below(round % 2 == 0 ? 500 : 4000)));
+    ASSERT_TRUE(server.startDaemon());
+    loadSources();
+    expectSoonHeard(round);
+  }
+  expectNothingForeign("left by its daemon", rounds);
 }
 
 }  // namespace
