@@ -28,6 +28,7 @@
 #include "audio/KeptMemory.h"
 #include "audio/PulseAudioHardware.h"
 #include "audio/RecordingHardware.h"
+#include "audio/UncheckedMemory.h"
 #include "core/TemperamentFile.h"
 #include "core/UncaughtErrors.h"
 #include "views/Picture.h"
@@ -112,8 +113,8 @@ void log(QtMsgType type, const QMessageLogContext & /*context*/, const QString &
     early.firstWarning = line;
 }
 
-// Before the toolkit needs fonts: it would have the library ask for memory without end, where there
-// is none. False then.
+// Without memory the font library tries for ever when the toolkit asks it for fonts. Asked here, it
+// tells: false then.
 bool loadFonts() {
   FcConfig *const fonts = FcInitLoadConfigAndFonts();
   if (fonts == nullptr)
@@ -147,7 +148,7 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
   // By this the desktop finds the icon, where windows bring none along.
   QGuiApplication::setDesktopFileName(QStringLiteral("org.velmora.Orvane"));
   if (!loadFonts()) {
-    system.log("fonts: out of memory");
+    system.log("memory: not enough");
     return kExitFailed;
   }
   QApplication application(argc, argv);
@@ -156,7 +157,7 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
   const DesktopColours colours;
   // The controller decides when the last window was closed.
   QApplication::setQuitOnLastWindowClosed(false);
-  QDir::setSearchPaths(QStringLiteral("resources"), {resourceFolder()});
+  QDir::addSearchPath(QStringLiteral("resources"), resourceFolder());
 
   const std::unique_ptr<AudioHardware> hardware = makeHardware(options.inputs, system);
   if (hardware == nullptr)
@@ -182,6 +183,7 @@ int run(int argc, char **argv, const Options &options, DesktopSystem &system) {
 [[gnu::constructor(101)]] void prepareForTheWorst() {
   keepFreedMemory();
   reportUncaughtErrors("orvane");
+  reportUncheckedMemory("orvane");
   endWithoutMemory();
 }
 

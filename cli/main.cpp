@@ -3,6 +3,7 @@
 #include <new>
 
 #include "audio/KeptMemory.h"
+#include "audio/UncheckedMemory.h"
 #include "cli/CliError.h"
 #include "cli/CommandLine.h"
 #include "cli/Output.h"
@@ -34,6 +35,7 @@ int run(const CommandLine &line) {
 [[gnu::constructor(101)]] void prepareForTheWorst() {
   keepFreedMemory();
   reportUncaughtErrors("orvane-cli");
+  reportUncheckedMemory("orvane-cli");
 }
 
 }  // namespace

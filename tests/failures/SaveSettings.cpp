@@ -13,6 +13,7 @@
 #include <QtGlobal>
 
 #include "app/UserDefaults.h"
+#include "audio/UncheckedMemory.h"
 #include "core/UncaughtErrors.h"
 
 namespace orvane::test {
@@ -57,6 +58,7 @@ std::string read(const char *file) {
 
 [[gnu::constructor(101)]] void prepareForTheWorst() {
   reportUncaughtErrors("save-settings");
+  reportUncheckedMemory("save-settings");
   endWithoutMemory();
 }
 

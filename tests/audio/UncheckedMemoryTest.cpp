@@ -1,0 +1,69 @@
+#include "audio/UncheckedMemory.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <cstdlib>
+
+#include "tests/Sanitized.h"
+
+namespace orvane::test {
+namespace {
+
+// A field of what is not there.
+constexpr std::uintptr_t kField = 16;
+// No memory either, but no field of any.
+constexpr std::uintptr_t kElsewhere = 0x7000000000;
+
+void use(std::uintptr_t address) {
+  *reinterpret_cast<volatile char *>(address) = 1;
+}
+
+// More than there is anywhere; fails with the allocator's own error. A sanitizer's ends the
+// program.
+void allocateTooMuch() {
+  if (kIsSanitized) {
+    errno = ENOMEM;
+    return;
+  }
+  volatile std::size_t size = PTRDIFF_MAX - 4096;
+  EXPECT_EQ(std::malloc(size), nullptr);
+}
+
+TEST(UncheckedMemory, UsedWithoutALookEndsTheProgramWithALineThatSaysWhy) {
+  const auto useIt = [] {
+    reportUncheckedMemory("tuner");
+    errno = 0;
+    allocateTooMuch();
+    use(kField);
+  };
+  EXPECT_EXIT(useIt(), testing::ExitedWithCode(1), "^tuner: memory: not enough\n$");
+}
+
+TEST(UncheckedMemory, OtherFaultsGoTheirWay) {
+  if (kIsSanitized)
+    GTEST_SKIP() << "a sanitizer tells of them in its own way";
+  const auto fault = [](int error, std::uintptr_t address) {
+    reportUncheckedMemory("tuner");
+    errno = error;
+    use(address);
+  };
+  const auto bySignal = testing::KilledBySignal(SIGSEGV);
+  EXPECT_EXIT(fault(0, kField), bySignal, "^$") << "there was memory";
+  EXPECT_EXIT(fault(ENOMEM, kElsewhere), bySignal, "^$") << "no field of what is not there";
+#ifdef __x86_64__
+  // No address at all, such as freed memory is often filled with; the system tells none then.
+  EXPECT_EXIT(fault(ENOMEM, 0x8000000000000000), bySignal, "^$") << "of no address";
+#endif
+  const auto send = [] {
+    reportUncheckedMemory("tuner");
+    errno = ENOMEM;
+    raise(SIGSEGV);
+  };
+  EXPECT_EXIT(send(), bySignal, "^$") << "sent by somebody";
+}
+
+}  // namespace
+}  // namespace orvane::test
