@@ -46,7 +46,7 @@ QuitSignals::~QuitSignals() {
 bool QuitSignals::eventFilter(QObject *watched, QEvent *event) {
   // The session's end asks for a quit that closes all windows first. What was open is a setting, so
   // the application leaves them as they are.
-  if (event->type() != QEvent::Quit || watched != QCoreApplication::instance())
+  if (watched != QCoreApplication::instance() || event->type() != QEvent::Quit)
     return QObject::eventFilter(watched, event);
   mQuit();
   return true;
