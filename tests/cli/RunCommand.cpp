@@ -90,7 +90,6 @@ CommandResult runCommand(const std::vector<std::string> &arguments, const Comman
   pollfd descriptors[] = {{options.closeEarly ? -1 : output.ends[0], POLLIN, 0},
                           {errors.ends[0], POLLIN, 0}};
   std::string *const texts[] = {&result.output, &result.errors};
-  bool killed = false;
   while (descriptors[0].fd >= 0 || descriptors[1].fd >= 0) {
     ::poll(descriptors, 2, 20);
     const auto spent = Clock::now() - start;
@@ -98,10 +97,12 @@ CommandResult runCommand(const std::vector<std::string> &arguments, const Comman
       interrupted = true;
       ::kill(child, SIGINT);
     }
-    if (!killed && spent > kLongest) {
-      killed = true;
-      ::kill(child, SIGKILL);
+    if (spent > kLongest && !result.tookTooLong) {
+      result.tookTooLong = true;
+      ::kill(child, SIGABRT);
     }
+    if (spent > kLongest + std::chrono::seconds(1))
+      ::kill(child, SIGKILL);
     for (std::size_t k = 0; k < 2; ++k) {
       if (descriptors[k].fd < 0 || descriptors[k].revents == 0)
         continue;

@@ -11,7 +11,9 @@ namespace orvane::test {
 struct CommandResult {
   int exitCode = -1;  // −1 when it had to be killed or a signal ended it
   int signal = 0;     // the one that ended it
-  long peakKiB = 0;   // the most memory it held
+  // Whether it had to be ended: by SIGABRT, and by SIGKILL where that is not enough.
+  bool tookTooLong = false;
+  long peakKiB = 0;  // the most memory it held
   std::string output;
   std::string errors;
 

@@ -94,6 +94,8 @@ std::uint64_t FailingRuns::forEach(const Failure &failure, std::uint64_t shortCo
 
 std::string whyUnclean(const FailedRun &run, const std::vector<std::string> &lineBeginnings) {
   const CommandResult &result = run.result;
+  if (result.tookTooLong)
+    return "did not end";
   if (result.signal != 0)
     return "ended by a signal";
   if (result.exitCode != 0 && result.exitCode != 1)

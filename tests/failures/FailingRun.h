@@ -1,8 +1,8 @@
 // Runs a program some of whose system calls fail (FailingCalls.c), once for each number of the call
 // that does.
 //
-// How many of the numbers are tried is the environment's choice: ORVANE_FAILURES_STRIDE=1 tries
-// them all, and ORVANE_FAILURES_SEED says with which to begin. Main thread only.
+// How many of the numbers are tried is the environment's choice: ORVANE_LONG_COUNT for each kind of
+// failure, and ORVANE_LONG_SEED says with which to begin. Main thread only.
 #pragma once
 
 #include <cstdint>

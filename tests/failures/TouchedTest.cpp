@@ -159,17 +159,20 @@ TEST_F(Touched, ScalesComeAndGoByTheStandardStreamsOnly) {
 }
 
 // What the others see they would see of a program that does what it must not, too.
-TEST_F(Touched, ATraceShowsEveryKindOfChangeAndEverySocket) {
+TEST_F(Touched, ATraceShowsChangesOfEveryKindAndSockets) {
   const std::string home = mFolder.path("home/");
-  for (const char *name : {"given", "aged"})
+  for (const char *name : {"given", "aged", "owned", "marked", "shortened"})
     std::ofstream(home + name);
-  // What is changed by way of a file that is open for reading only.
+  // Most of it by way of a file that is open for reading only.
   constexpr const char *kOpenFiles =
       "import os, socket, sys\n"
       "folder = os.open(sys.argv[1], os.O_PATH)\n"
       "os.fchmod(os.open('given', os.O_RDONLY, dir_fd=folder), 0o600)\n"
       "os.utime(os.open('aged', os.O_RDONLY, dir_fd=folder))\n"
-      "socket.socket(socket.AF_UNIX).bind(sys.argv[1] + 'bound')\n";
+      "os.chown(os.open('owned', os.O_RDONLY, dir_fd=folder), -1, -1)\n"
+      "os.truncate(sys.argv[1] + 'shortened', 0)\n"
+      "socket.socket(socket.AF_UNIX).bind(sys.argv[1] + 'bound')\n"
+      "os.setxattr(os.open('marked', os.O_RDONLY, dir_fd=folder), 'user.orvane', b'v')\n";
   ChildProcess program(
       mTrace.command({"bash", "-c",
                       "cd \"$1\" && : >written && mv $1written $1renamed && mkdir $1folder &&"
@@ -180,7 +183,8 @@ TEST_F(Touched, ATraceShowsEveryKindOfChangeAndEverySocket) {
   ASSERT_TRUE(mTrace.read());
   EXPECT_TRUE(mTrace.socketFamilies().contains("AF_INET"));
   EXPECT_GT(mTrace.startedPrograms().size(), 1U);
-  for (const char *name : {"written", "renamed", "link", "folder", "given", "aged", "bound"})
+  for (const char *name : {"written", "renamed", "link", "folder", "given", "aged", "owned",
+                           "shortened", "bound", "marked"})
     EXPECT_TRUE(mTrace.changedPaths().contains(home + name)) << name;
 }
 

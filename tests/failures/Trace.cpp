@@ -11,11 +11,10 @@ namespace {
 
 constexpr const char *kKept =
     "trace=socket,bind,execve,execveat,open,openat,openat2,creat,mkdir,mkdirat,rmdir,unlink,"
-    "unlinkat,"
-    "rename,renameat,renameat2,link,linkat,symlink,symlinkat,truncate,ftruncate,fallocate,chmod,"
-    "fchmod,fchmodat,chown,fchown,lchown,fchownat,mknod,mknodat,utime,utimes,utimensat,futimesat,"
-    "setxattr,lsetxattr,fsetxattr,removexattr,lremovexattr,fremovexattr,mount,umount2,pivot_root,"
-    "chroot,swapon,acct";
+    "unlinkat,rename,renameat,renameat2,link,linkat,symlink,symlinkat,truncate,ftruncate,"
+    "fallocate,chmod,fchmod,fchmodat,chown,fchown,lchown,fchownat,mknod,mknodat,utime,utimes,"
+    "utimensat,futimesat,setxattr,lsetxattr,fsetxattr,removexattr,lremovexattr,fremovexattr,mount,"
+    "umount2,pivot_root,chroot,swapon,acct";
 
 bool hasEnded(const std::string &file) {
   std::ifstream stream(file);
@@ -73,12 +72,14 @@ void Trace::take(const std::string &line) {
   static const std::regex kChanging("O_WRONLY|O_RDWR|O_CREAT|O_TRUNC|O_TMPFILE");
   if (name.starts_with("open") && !std::regex_search(arguments, kChanging))
     return;
-  // A file that is open, alone; what has no path is memory.
-  static const std::regex kOpenFile(R"(^\d+<(/[^>]*)>(?!, "))");
-  if (std::smatch file;
-      !name.starts_with("open") && std::regex_search(arguments, file, kOpenFile)) {
-    if (const std::string path = file[1]; !path.starts_with("/memfd:"))
-      mChangedPaths.insert(path);
+  // Those of a file that is open already; what has no path is memory.
+  static const std::set<std::string> kOfOpenFiles{"ftruncate", "fallocate", "fchmod",
+                                                  "fchown",    "fsetxattr", "fremovexattr"};
+  static const std::regex kOpenFile(R"(^\d+<(/[^>]*)>)");
+  std::smatch file;
+  if (kOfOpenFiles.contains(name) || arguments.find('"') == std::string::npos) {
+    if (std::regex_search(arguments, file, kOpenFile) && !file.str(1).starts_with("/memfd:"))
+      mChangedPaths.insert(file[1]);
     return;
   }
   // A path, and before it the folder that it is in when it does not begin with "/".

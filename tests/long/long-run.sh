@@ -22,10 +22,10 @@ long_run_options() {
 }
 
 # long_run PRESET PROGRAM COUNT [FILTER]: runs the tests of a built program that match the filter.
-# What a screen that is none cannot do is no finding; what takes half a day hangs.
+# What a screen that is none cannot do is no finding; what takes a day hangs.
 long_run() {
   say "$2, count $3, seed $seed"
-  ORVANE_LONG_COUNT=$3 ORVANE_LONG_SEED=$seed timeout --kill-after 60 12h \
+  ORVANE_LONG_COUNT=$3 ORVANE_LONG_SEED=$seed timeout --foreground --kill-after 60 24h \
     nice "build/$1/tests/$2" --gtest_filter="${4:-*}" \
     2> >(grep -v '^This plugin does not support' >&2)
 }

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -94,9 +95,10 @@ class SeededViolationTest : public testing::Test {
     if (RealTimeScope::endsTheProgram()) {
       // A program that ends so leaves its folders behind.
       const TemporaryFolder left;
+      const std::string before = std::filesystem::temp_directory_path();
       setenv("TMPDIR", (left / "").c_str(), 1);
       EXPECT_DEATH(watchedWith(fault), lastWords);
-      unsetenv("TMPDIR");
+      setenv("TMPDIR", before.c_str(), 1);
       return;
     }
     const ProcedureWatch::Totals totals = watchedWith(fault);

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cctype>
 #include <chrono>
 #include <cmath>
 #include <numbers>
@@ -138,9 +139,14 @@ class SourceReturnTest : public testing::TestWithParam<Kind> {
     loadSources();
   }
   void loadSources() {
-    ASSERT_NE(server.loadSource("Other", 48000, 1), "");
-    if (GetParam() == Kind::kPipeWire)
-      PrivateServer::control({"load-module", "module-null-sink", "sink_name=feed"});
+    ASSERT_TRUE(eventually([&] { return !server.loadSource("Other", 48000, 1).empty(); }));
+    if (GetParam() == Kind::kPipeWire) {
+      ASSERT_TRUE(eventually([] {
+        const std::string module =
+            PrivateServer::control({"load-module", "module-null-sink", "sink_name=feed"});
+        return !module.empty() && std::isdigit(static_cast<unsigned char>(module.front())) != 0;
+      }));
+    }
     player = ChildProcess({"pacat", "--playback", "-d", "feed", "--raw", "--format=float32le",
                            "--rate=48000", "--channels=1", server.pipeOf("loud")});
     loadMic();
@@ -238,6 +244,7 @@ TEST_P(SourceReturnTest, OfADaemonThatCrashesBehindTheServiceThatStays) {
     ASSERT_TRUE(server.startDaemon());
     loadSources();
     expectSoonHeard(round);
+    ASSERT_TRUE(server.sounds("feed.monitor", 2.0F * kQuiet));
   }
   expectNothingForeign("left by its daemon", rounds);
 }
