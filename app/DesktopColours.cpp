@@ -176,8 +176,8 @@ void DesktopColours::apply() {
 }
 
 bool DesktopColours::eventFilter(QObject *watched, QEvent *event) {
-  if (event->type() == QEvent::ApplicationPaletteChange && !mIsApplying &&
-      watched == QCoreApplication::instance())
+  if (watched == QCoreApplication::instance() &&
+      event->type() == QEvent::ApplicationPaletteChange && !mIsApplying)
     apply();
   return QObject::eventFilter(watched, event);
 }
