@@ -239,6 +239,17 @@ OPENING(open64)
 OPENING_AT(openat)
 OPENING_AT(openat64)
 
+// What the same calls are in libraries that were built with the C library's checks.
+#define OPENING_CHECKED(name)                              \
+  int name(const char *path, int flags);                   \
+  int name(const char *path, int flags) {                  \
+    REAL(name);                                            \
+    opening(path);                                         \
+    return fails(kFiles, EMFILE) ? -1 : real(path, flags); \
+  }
+OPENING_CHECKED(__open_2)
+OPENING_CHECKED(__open64_2)
+
 #define OPENING_STREAM(name)                                \
   FILE *name(const char *path, const char *mode) {          \
     REAL(name);                                             \
