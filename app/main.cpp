@@ -96,11 +96,18 @@ void sayEarlyWords() {
     DesktopSystem().log(line);
 }
 
+// It would wait without end for a thread that it cannot start.
+constexpr QLatin1String kNoThread("QThread::start: Thread creation error (");
+
 // The toolkit would end the program with a core dump, where a display cannot be opened for one. Of
 // that, its first warning is the reason, and the rest what came of it.
 void log(QtMsgType type, const QMessageLogContext & /*context*/, const QString &message) {
   const std::string line = message.section(QLatin1Char('\n'), 0, 0).toStdString();
   const std::lock_guard lock(early.mutex);
+  if (message.startsWith(kNoThread)) {
+    DesktopSystem().log("threads: " + message.mid(kNoThread.size()).chopped(1).toStdString());
+    std::_Exit(kExitFailed);
+  }
   if (type == QtFatalMsg) {
     const std::string &reason = early.firstWarning.empty() ? line : early.firstWarning;
     DesktopSystem().log(early.areHeld ? "display: " + reason : line);

@@ -1,7 +1,10 @@
 // Starts of the window program that cannot succeed, for which it needs no desktop.
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "tests/BrokenMpeg.h"
+#include "tests/Sanitized.h"
 #include "tests/cli/RunCommand.h"
 #include "tests/cli/TestFiles.h"
 
@@ -13,13 +16,19 @@ class OrvaneStart : public testing::Test {
  protected:
   CommandResult start(const std::string &platform,
                       std::vector<std::pair<std::string, std::string>> environment = {}) const {
+    return run(ORVANE_PROGRAM, {"--input", mSong}, platform, std::move(environment));
+  }
+
+  CommandResult run(const std::string &program, const std::vector<std::string> &arguments,
+                    const std::string &platform,
+                    std::vector<std::pair<std::string, std::string>> environment = {}) const {
     CommandOptions options;
-    options.program = ORVANE_PROGRAM;
+    options.program = program;
     environment.insert(environment.end(), {{"QT_QPA_PLATFORM", platform},
                                            {"XDG_RUNTIME_DIR", mFolder.path("")},
                                            {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}});
     options.environment = environment;
-    return runCommand({"--input", mSong}, options);
+    return runCommand(arguments, options);
   }
 
   TestFolder mFolder;
@@ -54,6 +63,22 @@ TEST_F(OrvaneStart, WhatTheToolkitWarnsOfIsSaidOnceItHasStarted) {
   EXPECT_TRUE(result.errors.starts_with("orvane: Unknown scale factor rounding policy: x."))
       << result.errors;
   EXPECT_TRUE(result.errors.ends_with('\n' + mRefusal)) << result.errors;
+}
+
+// Which the toolkit would wait for without end. The stacks of threads are as large as the first one
+// may grow, and so would fill more than there is.
+TEST_F(OrvaneStart, AThreadThatCannotBeStartedIsToldInOneLine) {
+  if (kIsSanitized)
+    GTEST_SKIP() << "a sanitizer needs more than is left here";
+  const CommandResult result =
+      run("/bin/bash",
+          {"-c", R"(ulimit -s 8388608 && ulimit -v 4194304 && exec "$0" --input "$1")",
+           ORVANE_PROGRAM, mSong},
+          "offscreen");
+  if (result.errors.find("ulimit") != std::string::npos)
+    GTEST_SKIP() << result.errors;
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors, "orvane: threads: Resource temporarily unavailable\n");
 }
 
 TEST_F(OrvaneStart, AnMp3ThatCannotBeDecodedIsToldInOneLine) {
