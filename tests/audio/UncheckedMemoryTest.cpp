@@ -32,7 +32,16 @@ void allocateTooMuch() {
   EXPECT_EQ(std::malloc(size), nullptr);
 }
 
-TEST(UncheckedMemory, UsedWithoutALookEndsTheProgramWithALineThatSaysWhy) {
+// Sanitizers have an allocator, faults, and an errno within handlers of their own.
+class UncheckedMemory : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (kIsSanitized)
+      GTEST_SKIP() << "a sanitizer tells of faults in its own way";
+  }
+};
+
+TEST_F(UncheckedMemory, UsedWithoutALookEndsTheProgramWithALineThatSaysWhy) {
   const auto useIt = [] {
     reportUncheckedMemory("tuner");
     errno = 0;
@@ -42,9 +51,7 @@ TEST(UncheckedMemory, UsedWithoutALookEndsTheProgramWithALineThatSaysWhy) {
   EXPECT_EXIT(useIt(), testing::ExitedWithCode(1), "^tuner: memory: not enough\n$");
 }
 
-TEST(UncheckedMemory, OtherFaultsGoTheirWay) {
-  if (kIsSanitized)
-    GTEST_SKIP() << "a sanitizer tells of them in its own way";
+TEST_F(UncheckedMemory, OtherFaultsGoTheirWay) {
   const auto fault = [](int error, std::uintptr_t address) {
     reportUncheckedMemory("tuner");
     errno = error;
