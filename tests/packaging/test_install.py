@@ -17,13 +17,15 @@ import programs
 
 
 class Display:
-    """A screen of its own, without a window manager."""
+    """A screen of its own, without a window manager.
+
+    Without -noreset it begins anew, and refuses connections, whenever its last client goes."""
 
     def __enter__(self):
         reading, writing = os.pipe()
         self.server = subprocess.Popen(
             ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1024x768x24",
-             "-nolisten", "tcp"], pass_fds=[writing], stderr=subprocess.DEVNULL)
+             "-nolisten", "tcp", "-noreset"], pass_fds=[writing], stderr=subprocess.DEVNULL)
         os.close(writing)
         with os.fdopen(reading) as numbers:
             self.name = ":" + numbers.readline().strip()
@@ -133,8 +135,9 @@ class Installed(unittest.TestCase):
         """The properties of the main window, which is the one of that title with a class."""
         end = time.monotonic() + 60
         while time.monotonic() < end and tuner.poll() is None:
-            tree = programs.output("xwininfo", "-display", display.name, "-root", "-tree")
-            window = re.search(r'(0x\w+) "Orvane": \("', tree)
+            # It fails when a window goes while it looks at it.
+            tree = programs.run("xwininfo", "-display", display.name, "-root", "-tree")
+            window = re.search(r'(0x\w+) "Orvane": \("', tree.stdout)
             if window is not None:
                 return programs.output("xprop", "-display", display.name, "-id", window[1])
             time.sleep(0.1)
