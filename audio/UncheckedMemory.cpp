@@ -1,13 +1,16 @@
 #include "audio/UncheckedMemory.h"
 
+#include <dlfcn.h>
+#include <link.h>
+#include <ucontext.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
+#include <initializer_list>
 #include <string_view>
 
 namespace orvane {
@@ -16,31 +19,76 @@ namespace {
 // Where Linux lets no program have memory (vm.mmap_min_addr), and fields of what is not there lie.
 constexpr std::uintptr_t kNowhere = 65536;
 
-std::array<char, 64> line;
-std::size_t lineLength = 0;
+constexpr std::string_view kNoMemory = ": memory: not enough\n";
+constexpr std::string_view kFault = ": used memory that is not there\n";
+
+constinit std::string_view name;
 struct sigaction before;
 
-// Nothing but what a handler of signals may call.
-void handleFault(int number, siginfo_t *fault, void * /*context*/) {
+// Of the fault; nullptr where it is not known.
+void *codeAt([[maybe_unused]] const ucontext_t &context) {
+#if defined(__x86_64__)
+  return reinterpret_cast<void *>(context.uc_mcontext.gregs[REG_RIP]);
+#elif defined(__aarch64__)
+  return reinterpret_cast<void *>(context.uc_mcontext.pc);
+#else
+  return nullptr;
+#endif
+}
+
+// Empty for the program's own code.
+std::string_view libraryOf(void *code) {
+  dl_find_object object;
+  if (_dl_find_object(code, &object) != 0)
+    return {};
+  const std::string_view path = object.dlfo_link_map->l_name;
+  return path.substr(path.rfind('/') + 1);
+}
+
+// In one piece, what does not fit left out.
+void tell(std::initializer_list<std::string_view> parts) {
+  std::array<char, 256> line;
+  std::size_t length = 0;
+  for (const std::string_view part : parts)
+    length += part.copy(line.data() + length, line.size() - length);
+  [[maybe_unused]] const ssize_t told = ::write(STDERR_FILENO, line.data(), length);
+}
+
+// Nothing but what a handler of signals may call; _dl_find_object is made for it.
+void handleFault(int number, siginfo_t *fault, void *context) {
   if (fault->si_code == SEGV_MAPERR && errno == ENOMEM &&
       reinterpret_cast<std::uintptr_t>(fault->si_addr) < kNowhere) {
-    [[maybe_unused]] const ssize_t told = ::write(STDERR_FILENO, line.data(), lineLength);
+    tell({name, kNoMemory});
     std::_Exit(EXIT_FAILURE);
+  }
+  const bool isSent = fault->si_code <= 0;
+  if (!isSent) {
+    const std::string_view library = libraryOf(codeAt(*static_cast<ucontext_t *>(context)));
+    tell({name, library.empty() ? "" : ": ", library, kFault});
   }
   // It comes again, and finds what was there before.
   ::sigaction(number, &before, nullptr);
-  const bool isSent = fault->si_code <= 0;
   if (isSent)
     static_cast<void>(std::raise(number));
+}
+
+// A full stack is a fault, too. Sanitizers bring one along.
+void useAnotherStack() {
+  static std::array<char, 1 << 15> stack;
+  stack_t there;
+  if (::sigaltstack(nullptr, &there) != 0 || (there.ss_flags & SS_DISABLE) == 0)
+    return;
+  there = {};
+  there.ss_sp = stack.data();
+  there.ss_size = stack.size();
+  ::sigaltstack(&there, nullptr);
 }
 
 }  // namespace
 
 void reportUncheckedMemory(const char *program) noexcept {
-  constexpr std::string_view kReason = ": memory: not enough\n";
-  const std::string_view name = std::string_view(program).substr(0, line.size() - kReason.size());
-  char *const reason = std::ranges::copy(name, line.begin()).out;
-  lineLength = static_cast<std::size_t>(std::ranges::copy(kReason, reason).out - line.begin());
+  name = program;
+  useAnotherStack();
   struct sigaction action {};
   action.sa_sigaction = handleFault;
   action.sa_flags = SA_SIGINFO | SA_ONSTACK;

@@ -46,18 +46,20 @@ TEST_F(UncheckedMemory, UsedWithoutALookEndsTheProgramWithALineThatSaysWhy) {
   EXPECT_EXIT(useIt(), testing::ExitedWithCode(1), "^tuner: memory: not enough\n$");
 }
 
-TEST_F(UncheckedMemory, OtherFaultsGoTheirWay) {
+constexpr const char *kTold = "^tuner: used memory that is not there\n$";
+
+TEST_F(UncheckedMemory, OtherFaultsAreToldOfAndGoTheirWay) {
   const auto fault = [](int error, std::uintptr_t address) {
     reportUncheckedMemory("tuner");
     errno = error;
     use(address);
   };
   const auto bySignal = testing::KilledBySignal(SIGSEGV);
-  EXPECT_EXIT(fault(0, kField), bySignal, "^$") << "there was memory";
-  EXPECT_EXIT(fault(ENOMEM, kElsewhere), bySignal, "^$") << "no field of what is not there";
+  EXPECT_EXIT(fault(0, kField), bySignal, kTold) << "there was memory";
+  EXPECT_EXIT(fault(ENOMEM, kElsewhere), bySignal, kTold) << "no field of what is not there";
 #ifdef __x86_64__
   // No address at all, such as freed memory is often filled with; the system tells none then.
-  EXPECT_EXIT(fault(ENOMEM, 0x8000000000000000), bySignal, "^$") << "of no address";
+  EXPECT_EXIT(fault(ENOMEM, 0x8000000000000000), bySignal, kTold) << "of no address";
 #endif
   const auto send = [] {
     reportUncheckedMemory("tuner");
@@ -65,6 +67,32 @@ TEST_F(UncheckedMemory, OtherFaultsGoTheirWay) {
     raise(SIGSEGV);
   };
   EXPECT_EXIT(send(), bySignal, "^$") << "sent by somebody";
+}
+
+TEST_F(UncheckedMemory, TheLibraryThatUsedWhatIsNotThereIsNamed) {
+  const auto useInALibrary = [] {
+    reportUncheckedMemory("tuner");
+    volatile std::uintptr_t address = kElsewhere;
+    std::qsort(reinterpret_cast<void *>(address), 2, 1,
+               [](const void *, const void *) { return 0; });
+  };
+  EXPECT_EXIT(useInALibrary(), testing::KilledBySignal(SIGSEGV),
+              "^tuner: libc\\.so\\.6: used memory that is not there\n$");
+}
+
+// What comes after the call keeps it from being a loop.
+int fillStack(std::uint64_t times) {
+  volatile char here[4096] = {};
+  return times == 0 ? 0 : fillStack(times - 1) + here[0];
+}
+
+TEST_F(UncheckedMemory, AFullStackIsToldOf) {
+  const auto fill = [] {
+    reportUncheckedMemory("tuner");
+    errno = 0;
+    std::_Exit(fillStack(UINT64_MAX));
+  };
+  EXPECT_EXIT(fill(), testing::KilledBySignal(SIGSEGV), kTold);
 }
 
 }  // namespace

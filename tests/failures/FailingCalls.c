@@ -96,6 +96,10 @@ static void tellWhereItEnds(int number) {
 // its own.
 static void useAnotherStack(void) {
   static __thread char stack[1 << 15];
+  static __thread bool isUsed;
+  if (isUsed)
+    return;
+  isUsed = true;
   const stack_t other = {.ss_sp = stack, .ss_size = sizeof(stack)};
   sigaltstack(&other, NULL);
 }
@@ -141,10 +145,7 @@ static bool failsFor(const void *caller, enum Kind called, int error) {
   const uint64_t call = atomic_fetch_add(&counters->calls, 1) + 1;
   if (first == 0 || (isForever ? call < first : call != first))
     return false;
-  static __thread bool hasAnotherStack;
-  if (!hasAnotherStack)
-    useAnotherStack();
-  hasAnotherStack = true;
+  useAnotherStack();
   if (atomic_fetch_add(&counters->failed, 1) == 0)
     strncpy(counters->caller, libraryOf(caller), sizeof(counters->caller) - 1);
   errno = called == kFiles && forcedError != 0 ? forcedError : error;
