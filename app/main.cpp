@@ -10,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include <fontconfig/fontconfig.h>
 #include <CLI/CLI.hpp>
 
 #include <QApplication>
@@ -24,6 +23,7 @@
 #include "app/Controller.h"
 #include "app/DesktopColours.h"
 #include "app/DesktopSystem.h"
+#include "app/FontLoading.h"
 #include "app/QuitSignals.h"
 #include "audio/KeptMemory.h"
 #include "audio/PulseAudioHardware.h"
@@ -118,17 +118,6 @@ void log(QtMsgType type, const QMessageLogContext & /*context*/, const QString &
   early.lines.push_back(line);
   if (early.firstWarning.empty() && (type == QtWarningMsg || type == QtCriticalMsg))
     early.firstWarning = line;
-}
-
-// Without memory the font library tries for ever when the toolkit asks it for fonts. Asked here, it
-// tells: false then.
-bool loadFonts() {
-  FcConfig *const fonts = FcInitLoadConfigAndFonts();
-  if (fonts == nullptr)
-    return false;
-  const bool isDone = FcConfigSetCurrent(fonts) == FcTrue;
-  FcConfigDestroy(fonts);  // the library has its own reference
-  return isDone;
 }
 
 // In the sizes that desktops ask for; empty when the picture cannot be read.

@@ -1,5 +1,6 @@
 // Starts of the window program that cannot succeed, for which it needs no desktop.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <utility>
 
@@ -79,6 +80,16 @@ TEST_F(OrvaneStart, AThreadThatCannotBeStartedIsToldInOneLine) {
     GTEST_SKIP() << result.errors;
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_EQ(result.errors, "orvane: threads: Resource temporarily unavailable\n");
+}
+
+// Nobody ever writes what is to be read, and the library waits for it.
+TEST_F(OrvaneStart, FontsThatNeverComeAreToldInOneLine) {
+  const std::string pipe = mFolder.path("fonts.conf");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  const CommandResult result = start("offscreen", {{"FONTCONFIG_FILE", pipe}});
+  EXPECT_FALSE(result.tookTooLong);
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors, "orvane: fonts: waited for them in vain\n");
 }
 
 TEST_F(OrvaneStart, AnMp3ThatCannotBeDecodedIsToldInOneLine) {
