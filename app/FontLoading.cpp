@@ -1,36 +1,42 @@
 #include "app/FontLoading.h"
 
 #include <fontconfig/fontconfig.h>
+#include <sys/syscall.h>
 #include <sys/time.h>
+#include <ucontext.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
-#include <ctime>
 #include <string_view>
 
 namespace orvane {
 namespace {
 
-constexpr time_t kInterval = 5;  // seconds
-// Of the processor's time, below which nothing else than the looks was done: many times what they
-// take, and a small part of what one font takes.
-constexpr long kNothing = 200'000;  // nanoseconds
-constexpr int kMostLooks = 2;       // after one the process may have been stopped itself
+constexpr itimerval kInterval{{1, 0}, {1, 0}};
+constexpr int kMostLooks = 3;
 
-timespec timeSpent{};
-int idleLooks = 0;
+int looksWhileWaiting = 0;
+
+// Whether the signal came while the thread waited for a lock. A call that goes on after the handler
+// has its number back in its register by then.
+bool waitsForALock([[maybe_unused]] const ucontext_t &context) {
+#if defined(__x86_64__)
+  return context.uc_mcontext.gregs[REG_RAX] == SYS_futex;
+#elif defined(__aarch64__)
+  return context.uc_mcontext.regs[8] == SYS_futex;
+#else
+  return false;
+#endif
+}
 
 // Nothing but what a handler of signals may call.
-void look(int /*number*/) {
-  timespec now{};
-  ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-  const bool isIdle = now.tv_sec == timeSpent.tv_sec && now.tv_nsec - timeSpent.tv_nsec < kNothing;
-  timeSpent = now;
-  idleLooks = isIdle ? idleLooks + 1 : 0;
-  if (idleLooks < kMostLooks)
+void look(int /*number*/, siginfo_t * /*alarm*/, void *context) {
+  const bool isWaiting = waitsForALock(*static_cast<ucontext_t *>(context));
+  looksWhileWaiting = isWaiting ? looksWhileWaiting + 1 : 0;
+  if (looksWhileWaiting < kMostLooks)
     return;
-  constexpr std::string_view kLine = "orvane: fonts: waited for them in vain\n";
+  constexpr std::string_view kLine = "orvane: fonts: their library waits for itself\n";
   [[maybe_unused]] const ssize_t told = ::write(STDERR_FILENO, kLine.data(), kLine.size());
   std::_Exit(EXIT_FAILURE);
 }
@@ -39,22 +45,23 @@ class Watch {
  public:
   Watch() {
     struct sigaction action {};
-    action.sa_handler = look;
-    action.sa_flags = SA_RESTART;
-    ::sigaction(SIGALRM, &action, &mBefore);
-    constexpr itimerval kTimes{{kInterval, 0}, {kInterval, 0}};
-    ::setitimer(ITIMER_REAL, &kTimes, nullptr);
+    action.sa_sigaction = look;
+    action.sa_flags = SA_SIGINFO | SA_RESTART;
+    ::sigaction(SIGALRM, &action, &mAction);
+    ::setitimer(ITIMER_REAL, &kInterval, &mInterval);
   }
   ~Watch() {
     constexpr itimerval kOff{};
     ::setitimer(ITIMER_REAL, &kOff, nullptr);
-    ::sigaction(SIGALRM, &mBefore, nullptr);
+    ::sigaction(SIGALRM, &mAction, nullptr);
+    ::setitimer(ITIMER_REAL, &mInterval, nullptr);
   }
   Watch(const Watch &) = delete;
   Watch &operator=(const Watch &) = delete;
 
  private:
-  struct sigaction mBefore {};
+  struct sigaction mAction {};
+  itimerval mInterval{};
 };
 
 }  // namespace

@@ -4,10 +4,11 @@
 
 namespace orvane {
 
-// False when there is not enough memory for them. Where the library waits for what never comes, a
-// lock of its own or a disk that is gone, the process ends with one line and exit status 1, once it
-// has done nothing for ten seconds. Main thread, before any other is started; uses the process's
-// ITIMER_REAL.
+// False when there is not enough memory for them. Without it the library can also forget one of its
+// locks and wait for that; no other thread being there to open it, the process then ends, after
+// some three seconds, with one line and exit status 1 (on x86-64 and arm64; elsewhere it waits).
+// Other programs' locks and slow disks are waited for. Main thread, before any other is started;
+// borrows ITIMER_REAL.
 bool loadFonts();
 
 }  // namespace orvane

@@ -36,7 +36,7 @@ void *codeAt([[maybe_unused]] const ucontext_t &context) {
 #endif
 }
 
-// Empty for the program's own code.
+// Empty for the program's own code, and where it is not known.
 std::string_view libraryOf(void *code) {
   dl_find_object object;
   if (_dl_find_object(code, &object) != 0)

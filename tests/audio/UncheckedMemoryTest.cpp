@@ -1,6 +1,7 @@
 #include "audio/UncheckedMemory.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cerrno>
 #include <csignal>
@@ -74,7 +75,7 @@ TEST_F(UncheckedMemory, TheLibraryThatUsedWhatIsNotThereIsNamed) {
     reportUncheckedMemory("tuner");
     volatile std::uintptr_t address = kElsewhere;
     std::qsort(reinterpret_cast<void *>(address), 2, 1,
-               [](const void *, const void *) { return 0; });
+               [](const void *, const void *) { return 1; });
   };
   EXPECT_EXIT(useInALibrary(), testing::KilledBySignal(SIGSEGV),
               "^tuner: libc\\.so\\.6: used memory that is not there\n$");
@@ -83,11 +84,19 @@ TEST_F(UncheckedMemory, TheLibraryThatUsedWhatIsNotThereIsNamed) {
 // What comes after the call keeps it from being a loop.
 int fillStack(std::uint64_t times) {
   volatile char here[4096] = {};
-  return times == 0 ? 0 : fillStack(times - 1) + here[0];
+  if (times == 0)
+    return 0;
+  const int rest = fillStack(times - 1);
+  return rest + here[0];
 }
 
 TEST_F(UncheckedMemory, AFullStackIsToldOf) {
   const auto fill = [] {
+    // It may be allowed to grow over everything.
+    rlimit size{};
+    ::getrlimit(RLIMIT_STACK, &size);
+    size.rlim_cur = 1 << 20;
+    ::setrlimit(RLIMIT_STACK, &size);
     reportUncheckedMemory("tuner");
     errno = 0;
     std::_Exit(fillStack(UINT64_MAX));

@@ -50,10 +50,10 @@ class FailingRuns {
   std::uint64_t forEach(const Failure &failure, std::uint64_t shortCount,
                         const std::function<void()> &before,
                         const std::function<void(const FailedRun &)> &after) const;
-
- private:
+  // Only the call of this number, from 1; none for 0.
   FailedRun run(const Failure &failure, std::uint64_t number) const;
 
+ private:
   std::vector<std::string> mArguments;
   CommandOptions mOptions;
   TestFolder mFolder;

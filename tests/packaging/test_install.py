@@ -133,6 +133,7 @@ class Installed(unittest.TestCase):
 
     def wait_for_window(self, display, tuner):
         """The properties of the main window, which is the one of that title with a class."""
+        tree = None
         end = time.monotonic() + 60
         while time.monotonic() < end and tuner.poll() is None:
             # It fails when a window goes while it looks at it.
@@ -141,7 +142,7 @@ class Installed(unittest.TestCase):
             if window is not None:
                 return programs.output("xprop", "-display", display.name, "-id", window[1])
             time.sleep(0.1)
-        raise AssertionError("no window")
+        raise AssertionError("no window" + (f" in:\n{tree.stdout}" if tree else ""))
 
     def wait_for_helper(self):
         helper = os.path.join(self.prefix, "libexec/orvane/orvane-speech")
