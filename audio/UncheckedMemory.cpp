@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <bit>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -28,9 +29,9 @@ struct sigaction before;
 // Of the fault; nullptr where it is not known.
 void *codeAt([[maybe_unused]] const ucontext_t &context) {
 #if defined(__x86_64__)
-  return reinterpret_cast<void *>(context.uc_mcontext.gregs[REG_RIP]);
+  return std::bit_cast<void *>(context.uc_mcontext.gregs[REG_RIP]);
 #elif defined(__aarch64__)
-  return reinterpret_cast<void *>(context.uc_mcontext.pc);
+  return std::bit_cast<void *>(context.uc_mcontext.pc);
 #else
   return nullptr;
 #endif
