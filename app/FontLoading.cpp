@@ -6,8 +6,11 @@
 #include <ucontext.h>
 #include <unistd.h>
 
+#include <array>
+#include <bit>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <string_view>
 
 namespace orvane {
@@ -18,13 +21,21 @@ constexpr int kMostLooks = 3;
 
 int looksWhileWaiting = 0;
 
+template <std::size_t Size>
+bool standsAt(unsigned long long code, const std::array<unsigned char, Size> &instruction) {
+  return std::memcmp(std::bit_cast<const void *>(code), instruction.data(), Size) == 0;
+}
+
 // Whether the signal came while the thread waited for a lock. A call that goes on after the handler
-// has its number back in its register by then.
-bool waitsForALock([[maybe_unused]] const ucontext_t &context) {
+// has been made ready by then: the thread stands at it again, with its number in the register.
+bool waitsForALock([[maybe_unused]] const mcontext_t &thread) {
 #if defined(__x86_64__)
-  return context.uc_mcontext.gregs[REG_RAX] == SYS_futex;
+  constexpr std::array<unsigned char, 2> kCall{0x0F, 0x05};  // syscall
+  return thread.gregs[REG_RAX] == SYS_futex &&
+         standsAt(static_cast<unsigned long long>(thread.gregs[REG_RIP]), kCall);
 #elif defined(__aarch64__)
-  return context.uc_mcontext.regs[8] == SYS_futex;
+  constexpr std::array<unsigned char, 4> kCall{0x01, 0x00, 0x00, 0xD4};  // svc #0
+  return thread.regs[8] == SYS_futex && standsAt(thread.pc, kCall);
 #else
   return false;
 #endif
@@ -32,7 +43,7 @@ bool waitsForALock([[maybe_unused]] const ucontext_t &context) {
 
 // Nothing but what a handler of signals may call.
 void look(int /*number*/, siginfo_t * /*alarm*/, void *context) {
-  const bool isWaiting = waitsForALock(*static_cast<ucontext_t *>(context));
+  const bool isWaiting = waitsForALock(static_cast<ucontext_t *>(context)->uc_mcontext);
   looksWhileWaiting = isWaiting ? looksWhileWaiting + 1 : 0;
   if (looksWhileWaiting < kMostLooks)
     return;
@@ -48,11 +59,16 @@ class Watch {
     action.sa_sigaction = look;
     action.sa_flags = SA_SIGINFO | SA_RESTART;
     ::sigaction(SIGALRM, &action, &mAction);
+    sigset_t alarm;
+    ::sigemptyset(&alarm);
+    ::sigaddset(&alarm, SIGALRM);
+    ::pthread_sigmask(SIG_UNBLOCK, &alarm, &mMask);  // whoever started the program may block it
     ::setitimer(ITIMER_REAL, &kInterval, &mInterval);
   }
   ~Watch() {
     constexpr itimerval kOff{};
     ::setitimer(ITIMER_REAL, &kOff, nullptr);
+    ::pthread_sigmask(SIG_SETMASK, &mMask, nullptr);
     ::sigaction(SIGALRM, &mAction, nullptr);
     ::setitimer(ITIMER_REAL, &mInterval, nullptr);
   }
@@ -61,6 +77,7 @@ class Watch {
 
  private:
   struct sigaction mAction {};
+  sigset_t mMask{};
   itimerval mInterval{};
 };
 

@@ -62,6 +62,13 @@ TEST_F(UncheckedMemory, OtherFaultsAreToldOfAndGoTheirWay) {
   // No address at all, such as freed memory is often filled with; the system tells none then.
   EXPECT_EXIT(fault(ENOMEM, 0x8000000000000000), bySignal, kTold) << "of no address";
 #endif
+  const auto callNothing = [] {
+    reportUncheckedMemory("tuner");
+    void (*volatile nothing)() = nullptr;
+    errno = 0;
+    nothing();
+  };
+  EXPECT_EXIT(callNothing(), bySignal, kTold) << "where there is no code";
   const auto send = [] {
     reportUncheckedMemory("tuner");
     errno = ENOMEM;

@@ -1,6 +1,8 @@
 // Starts of the window program that cannot succeed, for which it needs no desktop.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <fstream>
@@ -85,17 +87,33 @@ TEST_F(OrvaneStart, AThreadThatCannotBeStartedIsToldInOneLine) {
   EXPECT_EQ(result.errors, "orvane: threads: Resource temporarily unavailable\n");
 }
 
-// As from a slow disk, or while another program is at them.
+TEST_F(OrvaneStart, WithoutAnyDisplayTheTerminalProgramIsNamed) {
+  const CommandResult result = start("", {{"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors,
+            "orvane: display: neither WAYLAND_DISPLAY nor DISPLAY is set"
+            " (see orvane-cli for the terminal)\n");
+}
+
+TEST_F(OrvaneStart, ARecordingWithoutANameIsToldAsOne) {
+  const CommandResult result = run(ORVANE_PROGRAM, {"--input", ""}, "offscreen");
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors, "orvane: '': no such file\n");
+}
+
+// As from a slow disk.
 TEST_F(OrvaneStart, FontsThatAreLongInComingAreWaitedFor) {
   const std::string pipe = mFolder.path("fonts.conf");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
   std::thread writer([&] {
     std::this_thread::sleep_for(std::chrono::seconds(5));
-    std::ofstream(pipe) << "<fontconfig><dir>/usr/share/fonts</dir><cachedir>"
-                        << mFolder.path("cache") << "</cachedir></fontconfig>";
+    std::ofstream(pipe) << "<fontconfig><include>/etc/fonts/fonts.conf</include></fontconfig>";
   });
   const CommandResult result = start("offscreen", {{"FONTCONFIG_FILE", pipe}});
+  // Where nobody read it, the writer waits for that.
+  const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   writer.join();
+  ::close(reader);
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_EQ(result.errors, mRefusal);
 }

@@ -44,7 +44,8 @@ class WindowFailures : public testing::Test {
       return false;
     if (run.result.signal == SIGABRT || run.result.signal == SIGTRAP)
       return !run.result.errors.empty();
-    if (run.result.errors.find(": used memory that is not there\n") == std::string::npos)
+    if (run.result.errors.find("orvane: lib") == std::string::npos ||
+        run.result.errors.find(": used memory that is not there\n") == std::string::npos)
       return false;
     constexpr std::array kGoOn = {"libfontconfig", "libQt6DBus", "libQt6Gui", "libglib"};
     return run.result.signal == SIGSEGV && std::ranges::any_of(kGoOn, [&run](const char *library) {
@@ -107,13 +108,18 @@ TEST_F(WindowFailures, NoMoreMemoryWhileTheFontsAreReadEndsTheStart) {
   expectCleanAfter({Calls::Memory, Lasting::ForGood, 0, "fonts.conf", true}, 7);
 }
 
-// It does for one call at each of its caches.
+// One for each of its caches.
 TEST_F(WindowFailures, ALockThatTheFontLibraryForgetsIsNotWaitedForWithoutEnd) {
+#if !defined(__x86_64__) && !defined(__aarch64__)
+  GTEST_SKIP() << "it is, here";
+#endif
   constexpr std::uint64_t kCallsAtACache = 40;
   const FailingRuns runs({"--input", mSound}, mOptions);
   for (std::uint64_t number = 1; number <= kCallsAtACache; ++number) {
     restore();
     const FailedRun run = runs.run({Calls::Memory, Lasting::Once, 0, ".cache-", true}, number);
+    if (run.calls < number)
+      break;
     expectClean(run);
     if (run.result.errors != "orvane: fonts: their library waits for itself\n")
       continue;
