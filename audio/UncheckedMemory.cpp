@@ -22,9 +22,11 @@ constexpr std::uintptr_t kNowhere = 65536;
 
 constexpr std::string_view kNoMemory = ": memory: not enough\n";
 constexpr std::string_view kFault = ": used memory that is not there\n";
+constexpr std::string_view kTrap = ": ended the program\n";
 
 constinit std::string_view name;
-struct sigaction before;
+struct sigaction beforeFault;
+struct sigaction beforeTrap;
 
 // Of the fault; nullptr where it is not known.
 void *codeAt([[maybe_unused]] const ucontext_t &context) {
@@ -55,6 +57,18 @@ void tell(std::initializer_list<std::string_view> parts) {
   [[maybe_unused]] const ssize_t told = ::write(STDERR_FILENO, line.data(), length);
 }
 
+// By somebody; it does not come again of itself.
+bool isSent(const siginfo_t &signal) {
+  return signal.si_code <= 0;
+}
+
+void tellOf(const siginfo_t &signal, const void *context, std::string_view what) {
+  if (isSent(signal))
+    return;
+  const std::string_view library = libraryOf(codeAt(*static_cast<const ucontext_t *>(context)));
+  tell({name, library.empty() ? "" : ": ", library, what});
+}
+
 // Nothing but what a handler of signals may call; _dl_find_object is made for it.
 void handleFault(int number, siginfo_t *fault, void *context) {
   if (fault->si_code == SEGV_MAPERR && errno == ENOMEM &&
@@ -62,15 +76,19 @@ void handleFault(int number, siginfo_t *fault, void *context) {
     tell({name, kNoMemory});
     std::_Exit(EXIT_FAILURE);
   }
-  const bool isSent = fault->si_code <= 0;
-  if (!isSent) {
-    const std::string_view library = libraryOf(codeAt(*static_cast<ucontext_t *>(context)));
-    tell({name, library.empty() ? "" : ": ", library, kFault});
-  }
+  tellOf(*fault, context, kFault);
   // It comes again, and finds what was there before.
-  ::sigaction(number, &before, nullptr);
-  if (isSent)
+  ::sigaction(number, &beforeFault, nullptr);
+  if (isSent(*fault))
     static_cast<void>(std::raise(number));
+}
+
+// By which a library ends the program that got no memory, at times without a word. It would go on
+// after it.
+void handleTrap(int number, siginfo_t *trap, void *context) {
+  tellOf(*trap, context, kTrap);
+  ::sigaction(number, &beforeTrap, nullptr);
+  static_cast<void>(std::raise(number));
 }
 
 // A full stack is a fault, too. Sanitizers bring one along.
@@ -93,7 +111,9 @@ void reportUncheckedMemory(const char *program) noexcept {
   struct sigaction action {};
   action.sa_sigaction = handleFault;
   action.sa_flags = SA_SIGINFO | SA_ONSTACK;
-  ::sigaction(SIGSEGV, &action, &before);
+  ::sigaction(SIGSEGV, &action, &beforeFault);
+  action.sa_sigaction = handleTrap;
+  ::sigaction(SIGTRAP, &action, &beforeTrap);
 }
 
 }  // namespace orvane

@@ -88,6 +88,17 @@ TEST_F(UncheckedMemory, TheLibraryThatUsedWhatIsNotThereIsNamed) {
               "^tuner: libc\\.so\\.6: used memory that is not there\n$");
 }
 
+#ifdef __x86_64__
+TEST_F(UncheckedMemory, ATrapIsToldOfAndEndsTheProgram) {
+  const auto trap = [] {
+    reportUncheckedMemory("tuner");
+    __asm__("int3");
+    std::_Exit(3);
+  };
+  EXPECT_EXIT(trap(), testing::KilledBySignal(SIGTRAP), "^tuner: ended the program\n$");
+}
+#endif
+
 // What comes after the call keeps it from being a loop.
 int fillStack(std::uint64_t times) {
   volatile char here[4096] = {};

@@ -42,8 +42,10 @@ class WindowFailures : public testing::Test {
   static bool endedInALibrary(const FailedRun &run) {
     if (run.result.tookTooLong || run.endedIn.empty() || run.endedIn.starts_with("orvane"))
       return false;
-    if (run.result.signal == SIGABRT || run.result.signal == SIGTRAP)
+    if (run.result.signal == SIGABRT)
       return !run.result.errors.empty();
+    if (run.result.signal == SIGTRAP)
+      return run.result.errors.find(": ended the program\n") != std::string::npos;
     if (run.result.errors.find("orvane: lib") == std::string::npos ||
         run.result.errors.find(": used memory that is not there\n") == std::string::npos)
       return false;
@@ -52,6 +54,7 @@ class WindowFailures : public testing::Test {
              return run.endedIn.starts_with(library);
            });
   }
+
   void expectClean(const FailedRun &run) {
     if (endedInALibrary(run))
       ++mLibraries["ended by signal " + std::to_string(run.result.signal) + " in " + run.endedIn];
