@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "audio/BackgroundThread.h"
 #include "tests/Sanitized.h"
 
 namespace orvane::test {
@@ -75,6 +76,17 @@ TEST_F(UncheckedMemory, OtherFaultsAreToldOfAndGoTheirWay) {
     raise(SIGSEGV);
   };
   EXPECT_EXIT(send(), bySignal, "^$") << "sent by somebody";
+}
+
+TEST_F(UncheckedMemory, FaultsOfBackgroundThreadsAreToldOfToo) {
+  const auto fault = [] {
+    reportUncheckedMemory("tuner");
+    startBackgroundThread([] {
+      errno = 0;
+      use(kElsewhere);
+    }).join();
+  };
+  EXPECT_EXIT(fault(), testing::KilledBySignal(SIGSEGV), kTold);
 }
 
 TEST_F(UncheckedMemory, TheLibraryThatUsedWhatIsNotThereIsNamed) {
